@@ -1,0 +1,3 @@
+#include <cstdio>
+#include "norvik.h"
+int main() { return 0; }

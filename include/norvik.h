@@ -1,0 +1,24 @@
+/* norvik: the exported routines of the library.
+ *
+ * Calling convention of every routine: all arguments by reference; integers are
+ * 32-bit signed (norvik_int), reals are IEEE doubles, flags are 32-bit
+ * (norvik_bool); arrays are dense and column-major.  Text arguments are pointers
+ * to fixed-length blank-padded buffers with no length argument: a file name is
+ * 120 characters, keywords 10 or 20 as each declaration says.  A fatal condition
+ * prints its message on standard output and ends the process with exit status 1;
+ * no routine returns an error code.  docs/abi.md settles every argument list. */
+#ifndef NORVIK_H
+#define NORVIK_H
+
+#include "norvik/export.h"
+
+#include "norvik/common.h"
+#include "norvik/setup.h"
+#include "norvik/report.h"
+#include "norvik/memory.h"
+#include "norvik/basis.h"
+#include "norvik/integrals.h"
+#include "norvik/linalg.h"
+#include "norvik/scf.h"
+
+#endif

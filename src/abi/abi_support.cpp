@@ -1,0 +1,23 @@
+#include "abi/abi_support.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+
+namespace norvik::abi {
+
+void text_out(char* buffer, int length, std::string_view text) {
+  const auto n = std::min<std::size_t>(text.size(), static_cast<std::size_t>(length));
+  std::copy_n(text.begin(), n, buffer);
+  std::fill(buffer + n, buffer + length, ' ');
+}
+
+void terminate_with(const std::vector<std::string>& lines) {
+  for (const auto& line : lines) std::cout << line << '\n';
+  std::cout.flush();
+  std::fflush(nullptr);
+  std::exit(1);
+}
+
+}  // namespace norvik::abi
