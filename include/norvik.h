@@ -17,7 +17,9 @@
 #include "norvik/report.h"
 #include "norvik/memory.h"
 #include "norvik/basis.h"
-#include "norvik/integrals.h"
+#include "norvik/integrals_one.h"
+#include "norvik/integrals_rys.h"
+#include "norvik/integrals_two.h"
 #include "norvik/linalg.h"
 #include "norvik/scf.h"
 

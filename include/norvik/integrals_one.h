@@ -1,6 +1,6 @@
 /* norvik: exported routines of the integrals subsystem (see norvik.h for the convention). */
-#ifndef NORVIK_INTEGRALS_H
-#define NORVIK_INTEGRALS_H
+#ifndef NORVIK_INTEGRALS_ONE_H
+#define NORVIK_INTEGRALS_ONE_H
 
 #include "norvik/export.h"
 

@@ -1,0 +1,11 @@
+/* norvik: exported routines of the integrals subsystem (see norvik.h for the convention). */
+#ifndef NORVIK_INTEGRALS_TWO_H
+#define NORVIK_INTEGRALS_TWO_H
+
+#include "norvik/export.h"
+
+NORVIK_EXTERN_C_BEGIN
+
+NORVIK_EXTERN_C_END
+
+#endif
