@@ -49,8 +49,7 @@ void guarded(Body&& body) noexcept {
   }
 }
 
-// The same for routines that return a value; `fallback` is never returned in
-// practice, since an error ends the process.
+// The same for routines that return a value (an error never returns).
 template <class Result, class Body>
 Result guarded_value(Body&& body) noexcept {
   Result result{};
