@@ -1,3 +1,124 @@
+// norvik: the command-line host.
+//
+//   norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]
+//
+// Reads the job through the library, writes the report header and the run-log
+// header, and says where they went.
+#include <omp.h>
+
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "host_job.h"
 #include "norvik.h"
-int main() { return 0; }
+
+namespace {
+
+constexpr int kUsageError = 2;
+
+void usage(std::ostream& out) {
+  out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
+         "\n"
+         "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
+         "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
+         "  --report FILE   report file (default: MOLECULE_FILE's name with .report)\n"
+         "  --log FILE      run log, one line per SCF cycle (default: with .log)\n"
+         "\n"
+         "The report and the log are started afresh by every run.\n";
+}
+
+[[noreturn]] void fail(const std::string& message) {
+  std::cerr << "norvik: " << message << '\n';
+  std::exit(kUsageError);
+}
+
+// An input file must exist and be readable before the library is asked to read it.
+void require_readable(const std::string& path, const char* what) {
+  std::error_code ec;
+  if (std::filesystem::is_directory(path, ec)) fail(std::string(what) + " '" + path + "' is a directory");
+  std::ifstream in(path);
+  if (!in) fail(std::string("cannot read ") + what + " '" + path + "'");
+  if (path.size() > static_cast<std::size_t>(host::kPathLength)) {
+    fail(std::string(what) + " name longer than 120 characters: '" + path + "'");
+  }
+}
+
+// Output files are started afresh; a name the library cannot take is refused here.
+void start_fresh(const std::string& path, const char* what) {
+  if (path.size() > static_cast<std::size_t>(host::kPathLength)) {
+    fail(std::string(what) + " name longer than 120 characters: '" + path + "'");
+  }
+  std::ofstream out(path, std::ios::trunc);
+  if (!out) fail(std::string("cannot write ") + what + " '" + path + "'");
+}
+
+std::string with_extension(const std::string& molecule_file, const char* extension) {
+  return std::filesystem::path(molecule_file).filename().replace_extension(extension).string();
+}
+
+int run(const std::vector<std::string>& args) {
+  std::vector<std::string> positional;
+  std::string report, log;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    if (a == "--report" || a == "--log") {
+      if (i + 1 == args.size()) fail(a + " needs a file name");
+      (a == "--report" ? report : log) = args[++i];
+    } else if (a == "-h" || a == "--help") {
+      usage(std::cout);
+      return 0;
+    } else if (a.size() > 1 && a[0] == '-') {
+      fail("unknown option '" + a + "' (see norvik --help)");
+    } else {
+      positional.push_back(a);
+    }
+  }
+  if (positional.empty() || positional.size() > 2) {
+    usage(std::cerr);
+    return kUsageError;
+  }
+
+  host::Job job;
+  const std::string& molecule_file = positional[0];
+  require_readable(molecule_file, "molecule file");
+  job.molecule_file = host::padded(molecule_file, host::kPathLength);
+  if (positional.size() == 2) {
+    require_readable(positional[1], "parameter file");
+    job.parameter_file = host::padded(positional[1], host::kPathLength);
+  } else {
+    job.parameter_file = host::padded("", host::kPathLength);
+  }
+  if (report.empty()) report = with_extension(molecule_file, ".report");
+  if (log.empty()) log = with_extension(molecule_file, ".log");
+  job.report_file = host::padded(report, host::kPathLength);
+  job.log_file = host::padded(log, host::kPathLength);
+
+  host::setup(job);
+  if (job.threads > 0) omp_set_num_threads(job.threads);
+  start_fresh(report, "report file");
+  start_fresh(log, "log file");
+  host::write_header(job);
+
+  std::cout << "norvik: " << host::trimmed(job.theory) << " / " << host::trimmed(job.basis) << " job '"
+            << host::trimmed(job.molecule_name) << "': " << job.natom - job.nghost << " atoms, "
+            << job.nalpha << " + " << job.nbeta << " electrons\n"
+            << "norvik: report written to " << report << "\n"
+            << "norvik: run log written to " << log << "\n";
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::vector<std::string> args(argv + 1, argv + argc);
+  if (args.empty() || args[0] == "-h" || args[0] == "--help") {
+    usage(args.empty() ? std::cerr : std::cout);
+    return args.empty() ? kUsageError : 0;
+  }
+  if (args[0] != "run") fail("unknown command '" + args[0] + "' (see norvik --help)");
+  return run({args.begin() + 1, args.end()});
+}

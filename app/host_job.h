@@ -1,0 +1,71 @@
+// The host's view of a job: what it reads through SETUP_HF / SETUP_KS, the
+// settings it keeps, and the report sections it writes.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// Fixed buffer lengths of the library's calling convention.
+inline constexpr int kPathLength = 120;
+inline constexpr int kKeywordLength = 10;
+inline constexpr int kNameLength = 20;
+
+// Capacity of the host's atom arrays (the molecule file must hold fewer atoms)
+// and the most orbitals it keeps per spin.
+inline constexpr int kMaxAtoms = 1000;
+inline constexpr int kMaxOrbitals = 4096;
+
+// A blank-padded buffer of n characters.
+std::string padded(const std::string& text, int n);
+// The text of a blank-padded buffer with its trailing blanks removed.
+std::string trimmed(const std::string& buffer);
+
+struct Job {
+  std::string molecule_file;   // padded to kPathLength
+  std::string parameter_file;  // padded; blank = built-in settings
+  std::string report_file;     // padded
+  std::string log_file;        // padded
+
+  bool kohn_sham = false;
+
+  // Parameter records 2 and 4: memory limit [GB] and thread count (0 = all).
+  double memory_gb = 4.0;
+  int threads = 0;
+  // SCF settings; Hartree-Fock jobs use indices 0 (atom) and 1 (molecule),
+  // Kohn-Sham jobs 0 HF atom, 1 KS atom, 2 HF molecule, 3 KS molecule.
+  std::array<int, 4> niter{64, 128, 0, 0};
+  std::array<double, 4> damp{0.5, 0.5, 0.0, 0.0};
+  std::array<double, 4> thr_ene{1.0e-6, 1.0e-7, 0.0, 0.0};
+  std::array<double, 4> thr_rms{1.0e-6, 1.0e-7, 0.0, 0.0};
+  double screening = 1.0e-10;       // parameter record 14
+  double grad_converge = 1.0e-2;    // record 16 [eV/A]
+  double step_length = 0.1;         // record 18 [A]
+  std::array<double, 2> record20{1.0, 0.0};  // record 20
+
+  // Molecule-file settings.
+  std::string theory = padded("", kKeywordLength);
+  std::string basis = padded("", kNameLength);
+  std::string molecule_name = padded("", kNameLength);
+  int optimisation_cycles = 0;
+  int optimiser = 0;
+  int vibrations = 0;
+  std::string start_density = padded("", kPathLength);
+  std::string population = padded("", kNameLength);
+  std::string bsse = padded("", kNameLength);
+
+  int charge = 0, multiplicity = 1;
+  int nalpha = 0, nbeta = 0, norb = 0, nshort = 0;
+  int natom = 0, nghost = 0;
+  std::vector<int> zat, zel;
+  std::vector<double> pos;  // (3, natom), angstrom
+};
+
+// Steps 1 and 2 of a job: setup through the library, then the report header
+// and the run-log header.
+void setup(Job& job);
+void write_header(const Job& job);
+
+}  // namespace host

@@ -1,0 +1,15 @@
+#!/bin/sh
+# Installs the Debian packages that building and testing norvik need, when any
+# is missing.  Run as root on Debian 12 (or with sudo available).
+set -eu
+packages="cmake ninja-build g++ gfortran libgtest-dev libbenchmark-dev binutils python3 python3-mpmath python3-numpy"
+missing=""
+for p in $packages; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"
+done
+[ -z "$missing" ] && exit 0
+echo "Installing:$missing"
+sudo=""
+[ "$(id -u)" -eq 0 ] || sudo="sudo"
+$sudo apt-get update -qq
+DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq $missing >/dev/null
