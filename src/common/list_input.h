@@ -7,6 +7,10 @@
 // for one) or bare (ended by a blank, comma, slash or the end of the record); it
 // is blank-padded or cut to the target's length.  One read takes its values from
 // as many records as it needs and discards the rest of its last record.
+//
+// The reference is gfortran's runtime, quirks included: a semicolon also
+// separates values, a carriage return is a blank (so CRLF files read like LF
+// files) and, in read_record, ends the record.  docs/text-io.md has the rules.
 #pragma once
 
 #include <cstdint>
@@ -35,7 +39,8 @@ class ListReader {
   explicit ListReader(std::istream& in) : in_(in) {}
 
   // One list-directed READ statement.  On end_of_file or bad_value the targets
-  // read so far keep their new values, the others are unchanged.
+  // read so far keep their new values, the later ones are unchanged; the target
+  // whose value was malformed is left unspecified.
   ReadStatus read(std::span<const Target> targets);
   ReadStatus read(std::initializer_list<Target> targets) {
     return read(std::span<const Target>(targets.begin(), targets.size()));
