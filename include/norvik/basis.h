@@ -1,10 +1,445 @@
-/* norvik: exported routines of the basis subsystem (see norvik.h for the convention). */
+/* norvik: exported routines of the basis subsystem (see norvik.h for the convention).
+ *
+ * The basis-set library turns a basis-set name and a list of atoms into the shell
+ * list on which the integral, grid and SCF routines work.  The host calls ZATMNSHL
+ * and ZATMZETA per atom to size its arrays, then MAKEBASIS once for the molecule.
+ *
+ * Basis-set names (20 characters, blank-padded, case-sensitive; x stands for the
+ * asterisk of the published names, a trailing C counts each d shell as six
+ * functions): "STO-3G", "3-21G", "3-21GC", "6-21G", "6-31G", "6-31GC", "6-31Gx",
+ * "6-31GxC", "6-31Gxx", "6-31GxxC", and "6-31+G", "6-31++G" with the same four
+ * endings.  Elements: STO-3G and 3-21G H-Xe (Z 1-54), 6-31G, 6-31G* and 6-31G**
+ * H-Kr (1-36), 6-21G and the diffuse sets H-Ar (1-18).
+ *
+ * Shell kinds (= number of functions): 1 s; 3 p (y, z, x); 4 sp (s, y, z, x);
+ * 5 d (m = -2 ... 2); 6 d and the companion (2, 10) = (x2 + y2 + z2)/sqrt(15);
+ * 7 f (m = -3 ... 3).  Limits: 9 shells per atom, 7 functions per shell, 6
+ * primitives per shell, 3 Cartesian terms per function, 7 scale factors per atom.
+ *
+ * Per-shell arrays, column-major, shell index last:
+ *   lm(2, 7)        (L, M) of each of the 7 function slots
+ *   nterm(7)        number of Cartesian terms (1 ... 3) of each slot
+ *   lmn(3, 3, 7)    exponents (l, m, n) of each term of each slot
+ *   termcoef(3, 7)  coefficient of each term of each slot
+ *   exps(6)         exponents (1/bohr^2), scaled by zeta^2; zero beyond nprim
+ *   coefs(6, 7)     contraction coefficient of each primitive for each slot (for
+ *                   normalised primitives; the integral code normalises)
+ * Slots beyond the shell's kind are zero.
+ *
+ * Failures (unknown name, element outside the set, element outside a group
+ * routine's group) print their message on standard output and end the process
+ * with exit status 1; docs/basis.md lists the texts.
+ *
+ * Exported data: the 6-31G-family arrays of module BASIS_631G, one double array
+ * per element, shell and kind, exported as BASIS_631G_MP_b631g_<el>_<shell>_<ai|di>
+ * (for example BASIS_631G_MP_b631g_h__1s_ai[3]); exponents unscaled.  docs/basis.md
+ * lists them. */
 #ifndef NORVIK_BASIS_H
 #define NORVIK_BASIS_H
 
 #include "norvik/export.h"
 
 NORVIK_EXTERN_C_BEGIN
+
+/* ---- Entry points ------------------------------------------------------------ */
+
+/* Shells of one atom.  basname: in, 20 characters.  zatom: in, atomic number.
+ * nshell: out, number of shells.  shellkind: out, (9), kinds of the shells in
+ * order, zero beyond nshell.  nbasis: out, number of basis functions (sum of the
+ * kinds). */
+NORVIK_API void ZATMNSHL(const char* basname, const norvik_int* zatom, norvik_int* nshell,
+                         norvik_int* shellkind, norvik_int* nbasis);
+
+/* Exponent scale factors of one atom.  basname: in, 20 characters.  zatom: in.
+ * zeta: out, (7): one factor per scale-factor slot; trailing slots zero.  For the
+ * 6-31G family (core, inner valence, outer valence), for 3-21G and 6-21G the same
+ * three slots, for STO-3G the molecular Slater exponent of each shell. */
+NORVIK_API void ZATMZETA(const char* basname, const norvik_int* zatom, double* zeta);
+
+/* The shells of a molecule.  basname: in, 20 characters.  natom: in.
+ * zatom: in, (natom).  zeta: in, (7, natom), from ZATMZETA (or ZATMZETAISO_STO3G).
+ * nshellatom: in, (natom), and shellkindatom: in, (9, natom), from ZATMNSHL.
+ * nshelltotal: in, the dimension of the outputs (at least the sum of nshellatom;
+ * shells beyond the sum are zeroed).  Outputs per shell s = 1 ... nshelltotal,
+ * atom 1's shells first: shellkind(s); shelllm(2, 7, s); shellnprim(s);
+ * shellnterm(7, s); shelllmn(3, 3, 7, s); shelltermcoef(3, 7, s); shellexp(6, s);
+ * shellcoef(6, 7, s). */
+NORVIK_API void MAKEBASIS(const char* basname, const norvik_int* natom, const norvik_int* zatom,
+                          const double* zeta, const norvik_int* nshellatom,
+                          const norvik_int* shellkindatom, const norvik_int* nshelltotal,
+                          norvik_int* shellkind, norvik_int* shelllm, norvik_int* shellnprim,
+                          norvik_int* shellnterm, norvik_int* shelllmn, double* shelltermcoef,
+                          double* shellexp, double* shellcoef);
+
+/* Angular part of one atom's shells.  basname: in, 20 characters.  zatom: in.
+ * Outputs for the 9 shell slots of the atom (zero beyond its shells): lm(2, 7, 9),
+ * nterm(7, 9), lmn(3, 3, 7, 9), termcoef(3, 7, 9), nprim(9) the primitive counts.
+ * A d shell always gets its six slots (the companion last); MAKEBASIS keeps as
+ * many as the kind says. */
+NORVIK_API void MAKELMLMN(const char* basname, const norvik_int* zatom, norvik_int* lm,
+                          norvik_int* nterm, norvik_int* lmn, double* termcoef, norvik_int* nprim);
+
+/* Exponents and contraction coefficients of one atom's shells.  basname: in,
+ * 20 characters.  zatom: in.  zeta: in, (7), the atom's scale factors.
+ * exps: out, (6, 9), exponents times zeta^2 of their shell's slot.
+ * coefs: out, (6, 7, 9), the contraction coefficients of each function slot. */
+NORVIK_API void MAKEKLMG(const char* basname, const norvik_int* zatom, const double* zeta,
+                         double* exps, double* coefs);
+
+/* ---- Family routines ------------------------------------------------------------
+ * One set per family (suffix STO3G, 321G, 621G, 631G, 631GX, 631GXX, 631TG, 631TGX,
+ * 631TGXX, 631TTG, 631TTGX, 631TTGXX; T stands for "+").  Arguments as for the
+ * entry points without the name:
+ *   ZATMNSHL_<f>(zatom, nshell, shellkind(9), nbasis), and ZATMNSHL_<f>C with six
+ *     functions per d shell;
+ *   ZATMZETA_<f>(zatom, zeta(7)); ZATMZETAISO_STO3G(zatom, zeta(7)) gives the
+ *     isolated-atom Slater exponents for free-atom runs;
+ *   MAKELMLMN_<f>(zatom, lm(2,7,9), nterm(7,9), lmn(3,3,7,9), termcoef(3,7,9),
+ *     nprim(9));
+ *   MAKEKLMG_<f>(zatom, zeta(7), exps(6,9), coefs(6,7,9)).
+ * Each stops with "Zatom exceed limit in ..." for an element outside the family.
+ * The element-group routines MAKELMLMN_<f>_<g> and MAKEKLMG_<f>_<g> (g = HHE,
+ * LINE, NAAR, KCA, SCZN, GAKR, RBSR, YCD, INXE as far as the family reaches) take
+ * the same arguments and stop with "Wrong Zatom in ..." outside their group. */
+
+/* STO3G */
+NORVIK_API void ZATMNSHL_STO3G(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                               norvik_int* nbasis);
+NORVIK_API void ZATMZETA_STO3G(const norvik_int* zatom, double* zeta);
+NORVIK_API void ZATMZETAISO_STO3G(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_STO3G(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_STO3G(const norvik_int* zatom, const double* zeta, double* exps,
+                               double* coefs);
+
+/* 321G */
+NORVIK_API void ZATMNSHL_321G(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                              norvik_int* nbasis);
+NORVIK_API void ZATMNSHL_321GC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                               norvik_int* nbasis);
+NORVIK_API void ZATMZETA_321G(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_321G(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                               norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_321G_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_321G_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_321G_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_321G_KCA(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_321G_SCZN(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_321G_GAKR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_321G_RBSR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_321G_YCD(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_321G_INXE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_321G(const norvik_int* zatom, const double* zeta, double* exps,
+                              double* coefs);
+NORVIK_API void MAKEKLMG_321G_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                  double* coefs);
+NORVIK_API void MAKEKLMG_321G_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_321G_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_321G_KCA(const norvik_int* zatom, const double* zeta, double* exps,
+                                  double* coefs);
+NORVIK_API void MAKEKLMG_321G_SCZN(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_321G_GAKR(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_321G_RBSR(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_321G_YCD(const norvik_int* zatom, const double* zeta, double* exps,
+                                  double* coefs);
+NORVIK_API void MAKEKLMG_321G_INXE(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+
+/* 621G */
+NORVIK_API void ZATMNSHL_621G(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                              norvik_int* nbasis);
+NORVIK_API void ZATMZETA_621G(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_621G(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                               norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_621G_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_621G_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_621G_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_621G(const norvik_int* zatom, const double* zeta, double* exps,
+                              double* coefs);
+NORVIK_API void MAKEKLMG_621G_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                  double* coefs);
+NORVIK_API void MAKEKLMG_621G_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_621G_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+
+/* 631G */
+NORVIK_API void ZATMNSHL_631G(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                              norvik_int* nbasis);
+NORVIK_API void ZATMNSHL_631GC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                               norvik_int* nbasis);
+NORVIK_API void ZATMZETA_631G(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_631G(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                               norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631G_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631G_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631G_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631G_KCA(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631G_SCZN(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631G_GAKR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_631G(const norvik_int* zatom, const double* zeta, double* exps,
+                              double* coefs);
+NORVIK_API void MAKEKLMG_631G_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                  double* coefs);
+NORVIK_API void MAKEKLMG_631G_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_631G_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_631G_KCA(const norvik_int* zatom, const double* zeta, double* exps,
+                                  double* coefs);
+NORVIK_API void MAKEKLMG_631G_SCZN(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_631G_GAKR(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+
+/* 631GX */
+NORVIK_API void ZATMNSHL_631GX(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                               norvik_int* nbasis);
+NORVIK_API void ZATMNSHL_631GXC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                                norvik_int* nbasis);
+NORVIK_API void ZATMZETA_631GX(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_631GX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GX_KCA(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GX_SCZN(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GX_GAKR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_631GX(const norvik_int* zatom, const double* zeta, double* exps,
+                               double* coefs);
+NORVIK_API void MAKEKLMG_631GX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_631GX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                    double* coefs);
+NORVIK_API void MAKEKLMG_631GX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                    double* coefs);
+NORVIK_API void MAKEKLMG_631GX_KCA(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_631GX_SCZN(const norvik_int* zatom, const double* zeta, double* exps,
+                                    double* coefs);
+NORVIK_API void MAKEKLMG_631GX_GAKR(const norvik_int* zatom, const double* zeta, double* exps,
+                                    double* coefs);
+
+/* 631GXX */
+NORVIK_API void ZATMNSHL_631GXX(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                                norvik_int* nbasis);
+NORVIK_API void ZATMNSHL_631GXXC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                                 norvik_int* nbasis);
+NORVIK_API void ZATMZETA_631GXX(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_631GXX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                 norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GXX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GXX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GXX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GXX_KCA(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GXX_SCZN(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631GXX_GAKR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_631GXX(const norvik_int* zatom, const double* zeta, double* exps,
+                                double* coefs);
+NORVIK_API void MAKEKLMG_631GXX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                    double* coefs);
+NORVIK_API void MAKEKLMG_631GXX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                     double* coefs);
+NORVIK_API void MAKEKLMG_631GXX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                     double* coefs);
+NORVIK_API void MAKEKLMG_631GXX_KCA(const norvik_int* zatom, const double* zeta, double* exps,
+                                    double* coefs);
+NORVIK_API void MAKEKLMG_631GXX_SCZN(const norvik_int* zatom, const double* zeta, double* exps,
+                                     double* coefs);
+NORVIK_API void MAKEKLMG_631GXX_GAKR(const norvik_int* zatom, const double* zeta, double* exps,
+                                     double* coefs);
+
+/* 631TG */
+NORVIK_API void ZATMNSHL_631TG(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                               norvik_int* nbasis);
+NORVIK_API void ZATMNSHL_631TGC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                                norvik_int* nbasis);
+NORVIK_API void ZATMZETA_631TG(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_631TG(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TG_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TG_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TG_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_631TG(const norvik_int* zatom, const double* zeta, double* exps,
+                               double* coefs);
+NORVIK_API void MAKEKLMG_631TG_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                   double* coefs);
+NORVIK_API void MAKEKLMG_631TG_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                    double* coefs);
+NORVIK_API void MAKEKLMG_631TG_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                    double* coefs);
+
+/* 631TGX */
+NORVIK_API void ZATMNSHL_631TGX(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                                norvik_int* nbasis);
+NORVIK_API void ZATMNSHL_631TGXC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                                 norvik_int* nbasis);
+NORVIK_API void ZATMZETA_631TGX(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_631TGX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                 norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TGX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TGX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TGX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_631TGX(const norvik_int* zatom, const double* zeta, double* exps,
+                                double* coefs);
+NORVIK_API void MAKEKLMG_631TGX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                    double* coefs);
+NORVIK_API void MAKEKLMG_631TGX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                     double* coefs);
+NORVIK_API void MAKEKLMG_631TGX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                     double* coefs);
+
+/* 631TGXX */
+NORVIK_API void ZATMNSHL_631TGXX(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                                 norvik_int* nbasis);
+NORVIK_API void ZATMNSHL_631TGXXC(const norvik_int* zatom, norvik_int* nshell,
+                                  norvik_int* shellkind, norvik_int* nbasis);
+NORVIK_API void ZATMZETA_631TGXX(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_631TGXX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                  norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TGXX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TGXX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                       norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TGXX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                       norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_631TGXX(const norvik_int* zatom, const double* zeta, double* exps,
+                                 double* coefs);
+NORVIK_API void MAKEKLMG_631TGXX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                     double* coefs);
+NORVIK_API void MAKEKLMG_631TGXX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                      double* coefs);
+NORVIK_API void MAKEKLMG_631TGXX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                      double* coefs);
+
+/* 631TTG */
+NORVIK_API void ZATMNSHL_631TTG(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                                norvik_int* nbasis);
+NORVIK_API void ZATMNSHL_631TTGC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                                 norvik_int* nbasis);
+NORVIK_API void ZATMZETA_631TTG(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_631TTG(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                 norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TTG_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TTG_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TTG_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_631TTG(const norvik_int* zatom, const double* zeta, double* exps,
+                                double* coefs);
+NORVIK_API void MAKEKLMG_631TTG_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                    double* coefs);
+NORVIK_API void MAKEKLMG_631TTG_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                     double* coefs);
+NORVIK_API void MAKEKLMG_631TTG_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                     double* coefs);
+
+/* 631TTGX */
+NORVIK_API void ZATMNSHL_631TTGX(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
+                                 norvik_int* nbasis);
+NORVIK_API void ZATMNSHL_631TTGXC(const norvik_int* zatom, norvik_int* nshell,
+                                  norvik_int* shellkind, norvik_int* nbasis);
+NORVIK_API void ZATMZETA_631TTGX(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_631TTGX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                  norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TTGX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TTGX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                       norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TTGX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                       norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_631TTGX(const norvik_int* zatom, const double* zeta, double* exps,
+                                 double* coefs);
+NORVIK_API void MAKEKLMG_631TTGX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                     double* coefs);
+NORVIK_API void MAKEKLMG_631TTGX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                      double* coefs);
+NORVIK_API void MAKEKLMG_631TTGX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                      double* coefs);
+
+/* 631TTGXX */
+NORVIK_API void ZATMNSHL_631TTGXX(const norvik_int* zatom, norvik_int* nshell,
+                                  norvik_int* shellkind, norvik_int* nbasis);
+NORVIK_API void ZATMNSHL_631TTGXXC(const norvik_int* zatom, norvik_int* nshell,
+                                   norvik_int* shellkind, norvik_int* nbasis);
+NORVIK_API void ZATMZETA_631TTGXX(const norvik_int* zatom, double* zeta);
+NORVIK_API void MAKELMLMN_631TTGXX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TTGXX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                       norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TTGXX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                        norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN_631TTGXX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
+                                        norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKEKLMG_631TTGXX(const norvik_int* zatom, const double* zeta, double* exps,
+                                  double* coefs);
+NORVIK_API void MAKEKLMG_631TTGXX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
+                                      double* coefs);
+NORVIK_API void MAKEKLMG_631TTGXX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
+                                       double* coefs);
+NORVIK_API void MAKEKLMG_631TTGXX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
+                                       double* coefs);
+
+/* ---- Shared angular fills ---------------------------------------------------
+ * Each fills the angular arrays of one shell, or of consecutive shells for the
+ * shorthands, and zeroes the shell's other slots: lm(2, 7, n), nterm(7, n),
+ * lmn(3, 3, 7, n), termcoef(3, 7, n) with n the number of shells filled.
+ * SONLY one s shell; PONLY one p shell; SANDP one sp shell; DONLY one d shell
+ * (six slots: m = -2 ... 2, then the companion (2, 10)); FONLY one f shell;
+ * SS, SSS, SSSS, SSSSS two to five s shells; PP two p shells. */
+NORVIK_API void LMLMN_SONLY(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
+NORVIK_API void LMLMN_PONLY(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
+NORVIK_API void LMLMN_SANDP(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
+NORVIK_API void LMLMN_DONLY(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
+NORVIK_API void LMLMN_FONLY(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
+NORVIK_API void LMLMN_SS(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
+NORVIK_API void LMLMN_SSS(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
+NORVIK_API void LMLMN_SSSS(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
+NORVIK_API void LMLMN_SSSSS(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
+NORVIK_API void LMLMN_PP(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
 
 NORVIK_EXTERN_C_END
 
