@@ -1,6 +1,12 @@
 # The published basis sets that the generated tables come from, and the check
 # that the committed tables are exactly what the generator makes of them.
-set(NORVIK_BASIS_DATA_DIR "/work/shared/data/basis" CACHE PATH
+# The data live beside the repository (../shared/data); a checkout elsewhere can
+# point the cache variable at them.
+set(_basis_data "${PROJECT_SOURCE_DIR}/../shared/data/basis")
+if(NOT EXISTS ${_basis_data})
+  set(_basis_data "/work/shared/data/basis")
+endif()
+set(NORVIK_BASIS_DATA_DIR "${_basis_data}" CACHE PATH
     "Folder of the published basis-set JSON files (tools/basis/generate.py input)")
 
 if(TARGET test_basis)
