@@ -1,10 +1,263 @@
-/* norvik: exported routines of the scf subsystem (see norvik.h for the convention). */
+/* norvik: exported routines of the Hartree–Fock SCF (see norvik.h for the
+ * convention; docs/scf.md settles every argument list and shows the calling
+ * sequence of a single point).
+ *
+ * Shared layouts (n = nbasis, column-major, energies and Fock matrices in eV,
+ * positions in ångström, dipoles in e·Å):
+ *   S, T, V    (n, n)        overlap, kinetic energy, nuclear attraction (CALCMTRX)
+ *   X          (n, n)        orthogonalising matrix (ORTHOG_BASIS); its first
+ *                            northo columns are used
+ *   dipints    (n, n, 3)     position integrals <a|x|b>, <a|y|b>, <a|z|b> [Å]
+ *   G          (n, n, 2)     two-electron part of the Fock matrices, alpha then
+ *                            beta: J[Pα+Pβ] − K[Pσ] [eV]; the Fock matrix of spin
+ *                            σ is T + V + Gσ
+ *   rho        (n, n, 2)     density matrices, alpha then beta
+ *   orbitals   (n, n+1, 2)   per spin: orbital coefficients in columns 1 … n in
+ *                            ascending order of level, the levels [eV] in column
+ *                            n+1; with northo < n only northo orbitals exist
+ *                            (the other columns and levels are zero)
+ *   fockhist,  (n, n, 6, 2)  damping/DIIS histories of Fock and error matrices:
+ *   errhist                  six slots per spin, slot 1 the newest, alpha first;
+ *                            zero-filled by the caller before the first step
+ *   scratch    (n, n, 2)     receives the Fock matrices T + V + Gσ of the step
+ * The two-electron context (10 arguments, NORVIK_CONTEXT_ARGS of
+ * norvik/integrals_two.h) is passed through unchanged to the Fock build. */
 #ifndef NORVIK_SCF_H
 #define NORVIK_SCF_H
 
 #include "norvik/export.h"
 
 NORVIK_EXTERN_C_BEGIN
+
+/* ---- density update (one SCF step for both spins) ----------------------------
+ * All take 15 arguments:
+ *   nbasis (in); S, T, V, G (in); northo (in); X (in);
+ *   control (in): the damping factor d of the _DAMP members (ρ ← (1−d)ρ + d ρ_new),
+ *     the DIIS subspace (32-bit integer, 1 … 6 newest slots; the SCF drivers pass 6)
+ *     of the _DIIS members;
+ *   fockhist, errhist (in-out); scratch (out); rho (in-out); orbitals (out);
+ *   rmsd (out): √(Σ (ρ_new − ρ_old)² / (2n²)) over both spins;
+ *   comm2 (out): ‖FαPαS − SPαFα‖² + ‖FβPβS − SPβFβ‖² [eV²].
+ * The electron count of each spin is the nearest integer of Tr(ρσ S) of the
+ * incoming density.  UPDATERHO_ occupy the lowest orbitals; UPDATERHOA_ (free
+ * atoms) fill whole degenerate shells and share the electrons of the open shell
+ * evenly over it.  The plain members choose _GHQR (northo = n) or _ORTH
+ * (northo < n); _GHQR always solves in the full basis, _ORTH always in the
+ * orthogonalised one.  The DIIS step takes the extrapolated density whole. */
+#define NORVIK_UPDATE_ARGS(CONTROL)                                                             \
+  const norvik_int *nbasis, const double *S, const double *T, const double *V, const double *G, \
+      const norvik_int *northo, const double *X, CONTROL, double *fockhist, double *errhist,    \
+      double *scratch, double *rho, double *orbitals, double *rmsd, double *comm2
+NORVIK_API void UPDATERHO_DAMP(NORVIK_UPDATE_ARGS(const double* damp));
+NORVIK_API void UPDATERHO_DAMP_GHQR(NORVIK_UPDATE_ARGS(const double* damp));
+NORVIK_API void UPDATERHO_DAMP_ORTH(NORVIK_UPDATE_ARGS(const double* damp));
+NORVIK_API void UPDATERHO_DIIS(NORVIK_UPDATE_ARGS(const norvik_int* nsub));
+NORVIK_API void UPDATERHO_DIIS_GHQR(NORVIK_UPDATE_ARGS(const norvik_int* nsub));
+NORVIK_API void UPDATERHO_DIIS_ORTH(NORVIK_UPDATE_ARGS(const norvik_int* nsub));
+NORVIK_API void UPDATERHOA_DAMP(NORVIK_UPDATE_ARGS(const double* damp));
+NORVIK_API void UPDATERHOA_DAMP_GHQR(NORVIK_UPDATE_ARGS(const double* damp));
+NORVIK_API void UPDATERHOA_DAMP_ORTH(NORVIK_UPDATE_ARGS(const double* damp));
+NORVIK_API void UPDATERHOA_DIIS(NORVIK_UPDATE_ARGS(const norvik_int* nsub));
+NORVIK_API void UPDATERHOA_DIIS_GHQR(NORVIK_UPDATE_ARGS(const norvik_int* nsub));
+NORVIK_API void UPDATERHOA_DIIS_ORTH(NORVIK_UPDATE_ARGS(const norvik_int* nsub));
+
+/* Error matrix E = F P S − S P F of one spin and its squared Frobenius norm.
+ *   nbasis (in); F, P, S (in, (n, n)); E (out, (n, n)); norm2 (out). */
+NORVIK_API void ERRORV(const norvik_int* nbasis, const double* F, const double* P, const double* S,
+                       double* E, double* norm2);
+/* Pushes M (in, (n, n)) into one spin's six-slot history hist (in-out, (n, n, 6)):
+ * slots 1 … 5 move to 2 … 6, M goes to slot 1. */
+NORVIK_API void HISTORY(const norvik_int* nbasis, const double* M, double* hist);
+/* DIIS matrix over the newest nsub (1 … 6) slots of both spins:
+ *   nbasis, nsub (in); errhist (in, (n, n, 6, 2)); B (out, (nsub, nsub)),
+ *   B_ij = Σσ Σ (E_iσ ⊙ E_jσ). */
+NORVIK_API void MAKEBMAT(const norvik_int* nbasis, const norvik_int* nsub, const double* errhist,
+                         double* B);
+/* DIIS coefficients: nsub (in, 1 … 6); B (in, (nsub, nsub)); coef (out, nsub, their
+ * sum 1); ill (out): 0, or the nonzero status of the bordered solve (BUNCHD) when
+ * the system is singular (coef is then zero). */
+NORVIK_API void DIISSOLVE(const norvik_int* nsub, const double* B, double* coef, norvik_int* ill);
+/* Reverses the order of n levels eig (in-out, n) and of the columns of vec
+ * (in-out, (n, n)): descending eigen-solver output becomes ascending. */
+NORVIK_API void REVERSE(const norvik_int* n, double* eig, double* vec);
+
+/* ---- energies and moments ----------------------------------------------------- */
+
+/* Electronic energy Σσ Tr(Pσ (T + V)) + ½ Σσ Tr(Pσ Gσ) [eV]:
+ *   nbasis; T, V (in, (n, n)); G, rho (in, (n, n, 2)); energy (out). */
+NORVIK_API void ENERGYEDX(const norvik_int* nbasis, const double* T, const double* V,
+                          const double* G, const double* rho, double* energy);
+/* Electronic dipole −Σσ Tr(Pσ D_k) [e·Å]: nbasis; dipints (in, (n, n, 3));
+ * rho (in, (n, n, 2)); dipole (out, 3). */
+NORVIK_API void DIPOLEMOM(const norvik_int* nbasis, const double* dipints, const double* rho,
+                          double* dipole);
+/* Nuclear repulsion Σ_{a<b} Za Zb / Rab [eV]: natom; zat (in, natom nuclear charges,
+ * 0 for a ghost); pos (in, (3, natom) Å); energy (out).  Two charged nuclei on one
+ * point stop with "Two nuclei coincide in NuclearRep." and the two atom numbers. */
+NORVIK_API void NUCLEARREP(const norvik_int* natom, const norvik_int* zat, const double* pos,
+                           double* energy);
+/* Nuclear dipole Σa Za Ra [e·Å]: natom; zat; pos; dipole (out, 3). */
+NORVIK_API void NUCLEAREDM(const norvik_int* natom, const norvik_int* zat, const double* pos,
+                           double* dipole);
+/* Keeps a Hartree–Fock result (for instance before a Kohn–Sham stage starts from it):
+ *   nbasis; rho (in, (n, n, 2)); orbitals (in, (n, n+1, 2)); energy (in); dipole
+ *   (in, 3); rhohf, orbitalshf, energyhf, dipolehf (out, the same shapes). */
+NORVIK_API void STOREHF(const norvik_int* nbasis, const double* rho, const double* orbitals,
+                        const double* energy, const double* dipole, double* rhohf,
+                        double* orbitalshf, double* energyhf, double* dipolehf);
+
+/* ---- start densities ----------------------------------------------------------- */
+
+/* Rescales each spin block of rho (in-out, (n, n, 2)) so that Tr(ρσ S) = Nσ; a block
+ * without electrons that must hold some takes the total density scaled.
+ *   nbasis; S (in); nalpha, nbeta (in); rho (in-out). */
+NORVIK_API void NORMALIZERHO(const norvik_int* nbasis, const double* S, const norvik_int* nalpha,
+                             const norvik_int* nbeta, double* rho);
+/* Molecular start from free-atom densities: the total of atomrho (in, (n, n, 2),
+ * block-diagonal, as ATOMS returns it) shared out as ρσ = D·Nσ/Tr(D S).
+ *   natom (in, ≥ 1); atomrho; nbasis; S; nalpha, nbeta; rho (out). */
+NORVIK_API void PATCHRHOATOM(const norvik_int* natom, const double* atomrho,
+                             const norvik_int* nbasis, const double* S, const norvik_int* nalpha,
+                             const norvik_int* nbeta, double* rho);
+
+/* ---- SCF drivers ----------------------------------------------------------------
+ * HF_SCF and its members take 32 arguments:
+ *   1 iopt, 2 isrc (in): the first two integers of every run-log line;
+ *   3 logfile (in, 120 chars; blank: no log);  4 niter (in, 0: no cycle);
+ *   5 damp (in, cycles 2 … 8);  6 thr_ene (in, eV);  7 thr_rms (in);
+ *   8 e_offset (in, eV, added to the logged energy: the nuclear repulsion);
+ *   9 dip_offset (in, 3, added to the logged dipole: the nuclear dipole);
+ *   10 nbasis;  11 northo;  12 X;  13 S;  14 T;  15 V;  16 dipints;
+ *   17–26 the two-electron context;
+ *   27 G (in-out, must belong to rho on entry: the initialisers make it so);
+ *   28 rho (in-out);  29 orbitals (in-out);
+ *   30 energy (out, electronic, eV);  31 dipole (out, 3, electronic; zero for _PART);
+ *   32 de_final (out, |E(last) − E(one before)| eV; 0 for niter 0 and 1).
+ * Cycle 1 undamped, damping to cycle 8, DIIS after; converged when
+ * thr_ene > |ΔE| and thr_rms > rmsd.  _MOLE as the plain one; _ATOM free-atom
+ * occupation in the damping phase; _WOLOG no run log; _PART no run log and no
+ * dipole; _DIRECT integral-direct incremental Fock builds. */
+#define NORVIK_HF_SCF_ARGS                                                                       \
+  const norvik_int *iopt, const norvik_int *isrc, const char *logfile, const norvik_int *niter,  \
+      const double *damp, const double *thr_ene, const double *thr_rms, const double *e_offset,  \
+      const double *dip_offset, const norvik_int *nbasis, const norvik_int *northo,              \
+      const double *X, const double *S, const double *T, const double *V, const double *dipints, \
+      const norvik_int *nshell, const double *shelltab, const norvik_int *nshpair,               \
+      const norvik_int *shpair, const norvik_int *npair, const norvik_int *pairlist,             \
+      const norvik_int *pairmap, const double *vdiag, double *vint, const double *thresh,        \
+      double *G, double *rho, double *orbitals, double *energy, double *dipole, double *de_final
+NORVIK_API void HF_SCF(NORVIK_HF_SCF_ARGS);
+NORVIK_API void HF_SCF_MOLE(NORVIK_HF_SCF_ARGS);
+NORVIK_API void HF_SCF_ATOM(NORVIK_HF_SCF_ARGS);
+NORVIK_API void HF_SCF_WOLOG(NORVIK_HF_SCF_ARGS);
+NORVIK_API void HF_SCF_PART(NORVIK_HF_SCF_ARGS);
+NORVIK_API void HF_SCF_DIRECT(NORVIK_HF_SCF_ARGS);
+NORVIK_API void HF_SCF_MOLE_DIRECT(NORVIK_HF_SCF_ARGS);
+NORVIK_API void HF_SCF_ATOM_DIRECT(NORVIK_HF_SCF_ARGS);
+NORVIK_API void HF_SCF_WOLOG_DIRECT(NORVIK_HF_SCF_ARGS);
+NORVIK_API void HF_SCF_PART_DIRECT(NORVIK_HF_SCF_ARGS);
+
+/* Initialisers (27 arguments): start density, start orbitals and the first G.
+ *   1 istart (in): 1 a fresh start; any other value: rescale the supplied rho to
+ *     the electron counts (NORMALIZERHO);
+ *   2 natom (in): with istart 1 and more than 9 atoms the start is the free-atom
+ *     densities (PATCHRHOATOM), otherwise the bare one-electron start;
+ *   3 atomrho (in, (n, n, 2)): free-atom densities from ATOMS (read only in the
+ *     PATCHRHOATOM branch);
+ *   4 nalpha, 5 nbeta (in): electron counts;
+ *   6 nbasis; 7 northo; 8 X; 9 S; 10 T; 11 V; 12 dipints; 13–22 the context;
+ *   23 G (out); 24 rho (in-out); 25 orbitals (in-out: written by the bare start);
+ *   26 energy (out, electronic energy of the start, eV); 27 dipole (out, 3).
+ * The bare start clears G and makes one UPDATERHO_DAMP with damping 1.0 from a
+ * density that only carries the counts, i.e. from the Fock matrix T + V.
+ * HF_INI_MOLE is HF_INI; HF_INI_NOINT always makes the bare start; HF_INI_ATOM
+ * the free-atom start (MAKEINIRHO, UPDATERHOA_DAMP); _DIRECT members build G
+ * integral-direct. */
+#define NORVIK_HF_INI_ARGS                                                                      \
+  const norvik_int *istart, const norvik_int *natom, const double *atomrho,                     \
+      const norvik_int *nalpha, const norvik_int *nbeta, const norvik_int *nbasis,              \
+      const norvik_int *northo, const double *X, const double *S, const double *T,              \
+      const double *V, const double *dipints, const norvik_int *nshell, const double *shelltab, \
+      const norvik_int *nshpair, const norvik_int *shpair, const norvik_int *npair,             \
+      const norvik_int *pairlist, const norvik_int *pairmap, const double *vdiag, double *vint, \
+      const double *thresh, double *G, double *rho, double *orbitals, double *energy,           \
+      double *dipole
+NORVIK_API void HF_INI(NORVIK_HF_INI_ARGS);
+NORVIK_API void HF_INI_MOLE(NORVIK_HF_INI_ARGS);
+NORVIK_API void HF_INI_ATOM(NORVIK_HF_INI_ARGS);
+NORVIK_API void HF_INI_NOINT(NORVIK_HF_INI_ARGS);
+NORVIK_API void HF_INI_DIRECT(NORVIK_HF_INI_ARGS);
+NORVIK_API void HF_INI_MOLE_DIRECT(NORVIK_HF_INI_ARGS);
+NORVIK_API void HF_INI_ATOM_DIRECT(NORVIK_HF_INI_ARGS);
+NORVIK_API void HF_INI_NOINT_DIRECT(NORVIK_HF_INI_ARGS);
+
+/* ---- whole calculations ----------------------------------------------------------- */
+
+/* Free atoms: one UHF per distinct element among the atoms with a nonzero nuclear
+ * charge, ground-state multiplicity, isolated-atom exponents for STO-3G.
+ *   1 basis (in, 20 chars);  2 natom;  3 zat (in, natom nuclear charges, 0 ghost);
+ *   4 zel (in, natom elements);  5 niter, 6 damp, 7 thr_ene, 8 thr_rms (in, the
+ *   atom settings);  9 ramlimit (in, GB: in-core limit for the integral store);
+ *   10 thr_orth (in, smallest overlap eigenvalue kept);  11 nbasis (in, the
+ *   molecule's basis size);  12 eatom (out, natom: free-atom energy of each atom
+ *   [eV], 0 for a ghost);  13 atomrho (out, (n, n, 2): the free-atom densities on
+ *   the diagonal blocks of their atoms). */
+NORVIK_API void ATOMS(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                      const norvik_int* zel, const norvik_int* niter, const double* damp,
+                      const double* thr_ene, const double* thr_rms, const double* ramlimit,
+                      const double* thr_orth, const norvik_int* nbasis, double* eatom,
+                      double* atomrho);
+
+/* Hartree–Fock single point from the outputs of SETUP_HF:
+ *   1 basis (in, 20 chars);  2 natom;  3 zat;  4 zel;  5 pos (in, (3, natom) Å);
+ *   6 nalpha, 7 nbeta (in);  8 niter, 9 damp, 10 thr_ene, 11 thr_rms (in, the
+ *   molecule settings);  12 ramlimit (in, GB);  13 thr_screen (in, eV: integral-
+ *   direct screening, 0 none);  14 thr_orth (in);  15 istart (in, as HF_INI);
+ *   16 atomrho (in, (n, n, 2), from ATOMS; read only for a fresh start of more
+ *   than 9 atoms);  17 nbasis (in, must equal the basis size);  18 rho (in-out);
+ *   19 orbitals (out);  20 energy (out, molecular energy: electronic + nuclear
+ *   repulsion, eV);  21 dipole (out, 3, electronic + nuclear, e·Å);
+ *   22 de_final (out, eV);  23 northo (out);  24 incore (out, 1 stored integrals,
+ *   0 integral-direct).
+ * A wrong nbasis stops with "Wrong nbasis in HF_1point." and both numbers. */
+NORVIK_API void HF_1POINT(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                          const norvik_int* zel, const double* pos, const norvik_int* nalpha,
+                          const norvik_int* nbeta, const norvik_int* niter, const double* damp,
+                          const double* thr_ene, const double* thr_rms, const double* ramlimit,
+                          const double* thr_screen, const double* thr_orth,
+                          const norvik_int* istart, const double* atomrho, const norvik_int* nbasis,
+                          double* rho, double* orbitals, double* energy, double* dipole,
+                          double* de_final, norvik_int* northo, norvik_int* incore);
+
+/* ---- report sections (each appends to the report file, the last argument) ------- */
+
+/* Free-atom energies: natom; zat; zel; eatom (natom, eV); report. */
+NORVIK_API void WRITE_ENERGY_ATOM(const norvik_int* natom, const norvik_int* zat,
+                                  const norvik_int* zel, const double* eatom, const char* report);
+/* Energy breakdown: eelec (electronic), enuc (nuclear repulsion), eatoms (sum of the
+ * free-atom energies; 0 leaves out the binding energy), all eV; report. */
+NORVIK_API void WRITE_ENERGY_MOL(const double* eelec, const double* enuc, const double* eatoms,
+                                 const char* report);
+/* Molecular energy of an SCF: emol (eV); de_final (eV); report. */
+NORVIK_API void WRITE_EMOL(const double* emol, const double* de_final, const char* report);
+/* Orbital levels: nbasis; nlevel (levels to write per spin, at most northo);
+ * nalpha, nbeta; orbitals ((n, n+1, 2)); report. */
+NORVIK_API void WRITE_LEVELS(const norvik_int* nbasis, const norvik_int* nlevel,
+                             const norvik_int* nalpha, const norvik_int* nbeta,
+                             const double* orbitals, const char* report);
+/* Occupation: HOMO, LUMO and gap of each spin: nbasis; northo; nalpha, nbeta;
+ * orbitals; report. */
+NORVIK_API void WRITE_OCCUPY(const norvik_int* nbasis, const norvik_int* northo,
+                             const norvik_int* nalpha, const norvik_int* nbeta,
+                             const double* orbitals, const char* report);
+/* Electric dipole moment: dipole (3, e·Å); report. */
+NORVIK_API void WRITE_EDM(const double* dipole, const char* report);
+/* Linear dependence of the basis: nbasis; northo; thr_orth; report. */
+NORVIK_API void WRITE_DEPEND(const norvik_int* nbasis, const norvik_int* northo,
+                             const double* thr_orth, const char* report);
+/* Spin contamination <S**2> of an unrestricted solution: nbasis; S; rho; report. */
+NORVIK_API void WRITE_SPINCONTAMI(const norvik_int* nbasis, const double* S, const double* rho,
+                                  const char* report);
 
 NORVIK_EXTERN_C_END
 

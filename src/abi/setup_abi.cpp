@@ -4,6 +4,7 @@
 
 #include "abi/abi_support.h"
 #include "norvik/setup.h"
+#include "scf/start_density.h"
 #include "setup/elements.h"
 #include "setup/job_setup.h"
 
@@ -249,8 +250,7 @@ extern "C" NORVIK_API void MAKEINIRHO(const norvik_int* zsum, const norvik_int* 
                                       const norvik_int* multiplicity, const norvik_int* nbasis,
                                       double* rho) {
   guarded([&] {
-    setup::count_electrons(*zsum, *charge, *multiplicity, "makeIniRho");
     const auto n = static_cast<std::size_t>(std::max(*nbasis, 0));
-    std::fill_n(rho, 2 * n * n, 0.0);
+    norvik::scf::free_atom_start(*zsum, *charge, *multiplicity, *nbasis, {rho, 2 * n * n});
   });
 }

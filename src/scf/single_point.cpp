@@ -1,0 +1,215 @@
+#include "scf/single_point.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <stdexcept>
+#include <vector>
+
+#include "basis/families.h"
+#include "basis/library.h"
+#include "common/constants.h"
+#include "common/error.h"
+#include "common/fortran_format.h"
+#include "integrals/one/one_electron_matrices.h"
+#include "integrals/two/two_electron.h"
+#include "linalg/memory_estimates.h"
+#include "linalg/orthog_basis.h"
+#include "scf/hf_driver.h"
+
+namespace norvik::scf {
+
+namespace {
+
+std::size_t square(int n) {
+  return static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
+}
+
+bool is_sto3g(std::string_view name) {
+  const auto parsed = basis::find_basis_name(name);
+  return parsed && parsed->family == basis::Family::kSto3g;
+}
+
+}  // namespace
+
+ScfSystem PreparedSystem::system() const {
+  ScfSystem sys;
+  sys.operators.nbasis = n;
+  sys.operators.northo = northo;
+  sys.operators.s = {s.data(), n, n, n};
+  sys.operators.t = {t.data(), n, n, n};
+  sys.operators.v = {v.data(), n, n, n};
+  sys.operators.x = {x.data(), n, n, n};
+  sys.dipints = dip;
+  sys.context = context.view();
+  return sys;
+}
+
+PreparedSystem prepare_system(const basis::BasisSet& basis,
+                              std::span<const double> positions_angstrom,
+                              std::span<const int> charges, const JobControl& job) {
+  PreparedSystem p;
+  p.n = basis.nbasis();
+  const std::size_t nn = square(p.n);
+  p.s.resize(nn);
+  p.t.resize(nn);
+  p.v.resize(nn);
+  p.dip.resize(3 * nn);
+  p.x.resize(nn);
+
+  const std::size_t natom = charges.size();
+  std::vector<integrals::one::Vec3> bohr(natom);
+  std::vector<std::array<double, 3>> centres(natom);
+  std::vector<double> q(natom);
+  for (std::size_t a = 0; a < natom; ++a) {
+    for (std::size_t k = 0; k < 3; ++k) {
+      bohr[a][k] = positions_angstrom[3 * a + k] / constants::kBohrAngstrom;
+      centres[a][k] = bohr[a][k];
+    }
+    q[a] = charges[a];
+  }
+  integrals::one::OneElectronMatrices out;
+  out.overlap = {p.s.data(), p.n};
+  out.kinetic = {p.t.data(), p.n};
+  out.potential = {p.v.data(), p.n};
+  for (std::size_t k = 0; k < 3; ++k) out.position[k] = {p.dip.data() + k * nn, p.n};
+  integrals::one::build_one_electron_matrices(basis, bohr, q, out,
+                                              {constants::kHartreeEv, constants::kBohrAngstrom});
+
+  p.northo =
+      linalg::orthogonalize_basis(linalg::ConstMatrixView(p.s.data(), p.n, p.n, p.n),
+                                  job.orthogonality, linalg::MatrixView(p.x.data(), p.n, p.n, p.n));
+
+  p.context = integrals::two::prepare(basis, centres, false, job.screening);
+  p.in_core = memory::store_fits(p.context.npair, job.memory_gb);
+  if (p.in_core) {
+    p.context.vint.resize(static_cast<std::size_t>(integrals::two::packed_size(p.context.npair)));
+    integrals::two::fill_store(p.context.view(), p.context.vint);
+  }
+  return p;
+}
+
+int basis_size(std::string_view basis, std::span<const int> elements) {
+  int n = 0;
+  for (int z : elements) n += basis::shell_layout(basis, z).nbasis;
+  return n;
+}
+
+void free_atoms(const JobControl& job, const ScfControl& scf, const MoleculeView& molecule,
+                std::span<double> energies, std::span<double> atomic) {
+  const std::size_t natom = molecule.elements.size();
+  const int n = basis_size(job.basis, molecule.elements);
+  const std::size_t nn = square(n);
+  std::fill_n(energies.begin(), natom, 0.0);
+  std::fill_n(atomic.begin(), 2 * nn, 0.0);
+
+  // Function offsets of the atoms in the molecule's basis.
+  std::vector<int> first(natom + 1, 0);
+  for (std::size_t a = 0; a < natom; ++a) {
+    first[a + 1] = first[a] + basis::shell_layout(job.basis, molecule.elements[a]).nbasis;
+  }
+  const std::vector<double> origin(3, 0.0);
+  std::vector<int> done;
+  for (std::size_t a = 0; a < natom; ++a) {
+    if (molecule.charges[a] == 0) continue;
+    const int z = molecule.elements[a];
+    if (std::find(done.begin(), done.end(), z) != done.end()) continue;
+    done.push_back(z);
+
+    const std::array<int, 1> zs{z};
+    const basis::BasisSet basis =
+        is_sto3g(job.basis)
+            ? basis::make_basis(job.basis, zs,
+                                std::array<basis::Zeta, 1>{basis::sto3g_isolated_zeta(z)})
+            : basis::make_basis(job.basis, zs);
+    const std::array<int, 1> charge{z};
+    const PreparedSystem p = prepare_system(basis, origin, charge, job);
+    const setup::ElectronCount counts =
+        setup::count_electrons(z, 0, setup::hunds_rule_multiplicity(z));
+
+    const std::size_t m = square(p.n);
+    std::vector<double> g(2 * m), rho(2 * m), orbitals(2 * (m + static_cast<std::size_t>(p.n)));
+    const ScfArrays arrays{g, rho, orbitals};
+    const ScfSystem system = p.system();
+    StartSettings start;
+    start.kind = StartKind::free_atom;
+    start.counts = counts;
+    start.build = p.build();
+    initialise(system, start, arrays);
+    CycleSettings cycle;
+    cycle.niter = scf.niter;
+    cycle.damp = scf.damp;
+    cycle.thr_ene = scf.thr_ene;
+    cycle.thr_rms = scf.thr_rms;
+    cycle.write_log = false;
+    cycle.with_dipole = false;
+    cycle.build = start.build;
+    const ScfResult r = run_scf(system, cycle, arrays);
+
+    // Every atom of this element gets the energy and the density block.
+    for (std::size_t b = a; b < natom; ++b) {
+      if (molecule.elements[b] != z || molecule.charges[b] == 0) continue;
+      energies[b] = r.energy;
+      const int off = first[b];
+      for (std::size_t spin = 0; spin < 2; ++spin) {
+        for (int j = 0; j < p.n; ++j) {
+          for (int i = 0; i < p.n; ++i) {
+            atomic[spin * nn + static_cast<std::size_t>(off + i) +
+                   static_cast<std::size_t>(off + j) * static_cast<std::size_t>(n)] =
+                rho[spin * m + static_cast<std::size_t>(i + j * p.n)];
+          }
+        }
+      }
+    }
+  }
+}
+
+SinglePointResult single_point(const JobControl& job, const ScfControl& scf,
+                               const MoleculeView& molecule, setup::ElectronCount counts,
+                               const SinglePointStart& start, std::span<double> rho,
+                               std::span<double> orbitals) {
+  const basis::BasisSet basis = basis::make_basis(job.basis, molecule.elements);
+  const PreparedSystem p = prepare_system(basis, molecule.positions, molecule.charges, job);
+  const std::size_t nn = square(p.n);
+  if (rho.size() < 2 * nn || orbitals.size() < 2 * (nn + static_cast<std::size_t>(p.n))) {
+    throw std::logic_error("single point: the density or orbital array is too small");
+  }
+  std::vector<double> g(2 * nn);
+  const ScfArrays arrays{g, rho, orbitals};
+  const ScfSystem system = p.system();
+
+  StartSettings init;
+  init.kind = StartKind::standard;
+  init.mode = start.mode;
+  init.natom = static_cast<int>(molecule.elements.size());
+  init.atomic = start.atomic;
+  init.counts = counts;
+  init.build = p.build();
+  initialise(system, init, arrays);
+
+  CycleSettings cycle;
+  cycle.niter = scf.niter;
+  cycle.damp = scf.damp;
+  cycle.thr_ene = scf.thr_ene;
+  cycle.thr_rms = scf.thr_rms;
+  cycle.write_log = false;
+  cycle.with_dipole = true;
+  cycle.build = init.build;
+  const ScfResult r = run_scf(system, cycle, arrays);
+
+  SinglePointResult result;
+  result.electronic = r.energy;
+  result.nuclear = nuclear_repulsion(molecule.charges, molecule.positions);
+  result.energy = result.electronic + result.nuclear;
+  const Vec3 nuclear = nuclear_dipole(molecule.charges, molecule.positions);
+  for (std::size_t k = 0; k < 3; ++k) result.dipole[k] = r.dipole[k] + nuclear[k];
+  result.de_final = r.de_final;
+  result.northo = p.northo;
+  result.in_core = p.in_core;
+  result.cycles = r.cycles;
+  result.converged = r.converged;
+  std::vector<double> work(2 * nn);
+  result.spin_squared = spin_squared(system.operators.s, rho, work);
+  return result;
+}
+
+}  // namespace norvik::scf
