@@ -18,6 +18,9 @@ inline constexpr int kNameLength = 20;
 inline constexpr int kMaxAtoms = 1000;
 inline constexpr int kMaxOrbitals = 4096;
 
+// The hartree in eV, for the host's own summary line.
+inline constexpr double kHartreeEv = 27.2113850785;
+
 // A blank-padded buffer of n characters.
 std::string padded(const std::string& text, int n);
 // The text of a blank-padded buffer with its trailing blanks removed.

@@ -6,6 +6,7 @@
 // header, and says where they went.
 #include <omp.h>
 
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "hartree_fock.h"
 #include "host_job.h"
 #include "norvik.h"
 
@@ -102,11 +104,21 @@ int run(const std::vector<std::string>& args) {
   start_fresh(report, "report file");
   start_fresh(log, "log file");
   host::write_header(job);
-
   std::cout << "norvik: " << host::trimmed(job.theory) << " / " << host::trimmed(job.basis) << " job '"
             << host::trimmed(job.molecule_name) << "': " << job.natom - job.nghost << " atoms, "
-            << job.nalpha << " + " << job.nbeta << " electrons\n"
-            << "norvik: report written to " << report << "\n"
+            << job.nalpha << " + " << job.nbeta << " electrons\n" << std::flush;
+
+  if (job.kohn_sham) {
+    std::cout << "norvik: Kohn-Sham jobs are not available yet; the report holds the job header\n";
+  } else {
+    host::PointResult point = host::run_hartree_fock(job);
+    for (double& d : point.dipole) d = std::abs(d) < 5e-6 ? 0.0 : d;  // no "-0.00000"
+    std::printf("norvik: E(%s) = %.9f hartree (%s, %d basis functions), dipole %.5f %.5f %.5f eA\n",
+                job.multiplicity == 1 ? "RHF" : "UHF", point.energy / host::kHartreeEv,
+                point.in_core ? "stored integrals" : "integral-direct", point.nbasis,
+                point.dipole[0], point.dipole[1], point.dipole[2]);
+  }
+  std::cout << "norvik: report written to " << report << "\n"
             << "norvik: run log written to " << log << "\n";
   return 0;
 }

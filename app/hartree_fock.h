@@ -1,0 +1,26 @@
+// Step 3 and 4 of a Hartree-Fock job in the host: the free atoms, then one point
+// at the input geometry, built from the library's lower-level routines so that
+// the run log and the in-core note come out as in an optimisation step.
+#pragma once
+
+#include "host_job.h"
+
+namespace host {
+
+// Smallest overlap eigenvalue kept by the orthogonalisation of the basis.
+inline constexpr double kOrthogonalityThreshold = 1.0e-8;
+
+struct PointResult {
+  double energy = 0.0;     // molecular energy [eV]
+  double dipole[3] = {};   // total dipole [eA]
+  double de_final = 0.0;   // last energy change [eV]
+  int nbasis = 0;
+  int northo = 0;
+  bool in_core = true;
+};
+
+// Runs the free atoms and the single point, writing their report sections and the
+// run log; returns the molecular energy and dipole.
+PointResult run_hartree_fock(const Job& job);
+
+}  // namespace host
