@@ -212,6 +212,9 @@ TEST(TwoClosedForm, RouteLimitsAndMessages) {
   r.mxprsh = 30;
   l[0] = 1;
   EXPECT_THROW(int2phmd_class(r, class_code(0, 0, 0, 0), "INT2SSSS"), Error);
+  std::vector<double> fits(81);
+  r.eri = fits.data();
+  r.maxdim = 3;
   EXPECT_NO_THROW(int2phmd_class(r, class_code(1, 0, 0, 0), "INT2PSSS"));
   // a p shell does not fit a block of leading dimension 2
   std::vector<double> small(16);
