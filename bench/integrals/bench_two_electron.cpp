@@ -95,6 +95,8 @@ void run(const std::string& name, const norvik::testing::Molecule& mol, bool hyd
 
 int main() {
   run("benzene 6-31G**", norvik::testing::benzene(), true);
+  // smallest first: the peak memory is that of the whole process so far
   run("n-octane 6-31G*", norvik::testing::octane(), false);
+  run("adamantane 6-31G*", norvik::testing::adamantane(), false);
   return 0;
 }

@@ -23,12 +23,12 @@ constexpr Index kKc = 256;
 constexpr Index kNc = 128;
 constexpr Index kMaxMr = 8;
 
-// Below this many multiply-adds a loop runs on the calling thread alone.
+// Below this many multiply-adds a loop runs on the calling thread alone.  Each
+// parallel region costs a fork and a join, which on a machine whose cores are
+// busy with other work can each take a scheduler time slice: a region must be
+// worth tens of microseconds.  (A matrix-vector product reaches this from a
+// 512×512 matrix on; the tridiagonalisation's are therefore serial up to that order.)
 constexpr double kParallelWork = 64.0 * 64.0 * 64.0;
-
-// A matrix-vector product streams its matrix once: it is worth threads from
-// about a 256×256 matrix on.
-constexpr double kGemvWeight = 16.0;
 
 // acc (MR×NR, column-major) = Σ_p a(:, p)·b(p, :) over one packed sliver pair.
 using MicroKernel = void (*)(Index kc, const double* a, const double* b, double* acc);
@@ -284,7 +284,7 @@ void gemv(Op op_a, double alpha, ConstMatrixView a, std::span<const double> x, d
   const Index n = a.cols();
   if (op_a == Op::transpose) {
     // y_j = alpha·A(:, j)·x + beta·y_j: one dot product per column.
-    const bool threads = parallel_pays(static_cast<double>(m) * n * kGemvWeight);
+    const bool threads = parallel_pays(static_cast<double>(m) * n);
 #pragma omp parallel for schedule(static) if (threads)
     for (Index j = 0; j < n; ++j) {
       const double s = alpha * dot(a.col(j), x.data(), m);
@@ -296,7 +296,7 @@ void gemv(Op op_a, double alpha, ConstMatrixView a, std::span<const double> x, d
   // its rows and sums the columns in order.
   constexpr Index kRows = 256;
   const Index blocks = (m + kRows - 1) / kRows;
-  const bool threads = blocks > 1 && parallel_pays(static_cast<double>(m) * n * kGemvWeight);
+  const bool threads = blocks > 1 && parallel_pays(static_cast<double>(m) * n);
 #pragma omp parallel for schedule(static) if (threads)
   for (Index blk = 0; blk < blocks; ++blk) {
     const Index i0 = blk * kRows;

@@ -98,7 +98,9 @@ void check(const Reference& ref) {
   const double e = r.energy / constants::kHartreeEv;
   EXPECT_TRUE(r.converged) << ref.name;
   EXPECT_NEAR(e, ref.energy, 1e-6) << ref.name;
-  for (int k = 0; k < 3; ++k) EXPECT_NEAR(r.dipole[k], ref.dipole[k], 1e-4) << ref.name << " " << k;
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_NEAR(r.dipole[k], ref.dipole[k], 1e-4) << ref.name << " " << k;
+  }
   if (ref.s2 >= 0) {
     EXPECT_NEAR(r.spin_squared, ref.s2, 1e-5) << ref.name;
   }

@@ -10,6 +10,7 @@
 #include <random>
 #include <vector>
 
+#include "basis/library.h"
 #include "common/constants.h"
 #include "integrals/two/cartesian.h"
 #include "integrals/two/shells.h"
@@ -409,6 +410,79 @@ TEST(TwoFockBuild, QuartetBlocksMatchTheReference) {
           }
     for (int e = 0; e < kQuartetBlockSize; ++e)
       EXPECT_NEAR(block[e], want[e], 1e-12 * big) << q[0] << q[1] << q[2] << q[3] << " at " << e;
+  }
+}
+
+}  // namespace
+}  // namespace norvik::integrals::two
+
+namespace norvik::integrals::two {
+namespace {
+
+// A transition-metal hydride in 6-31G*: the metal carries sp shells, pure d and
+// a pure f shell, so shell pairs with f go through the Rys route one sub-shell
+// pair at a time.  The store and both Fock builds must agree with the
+// definition there too.
+TEST(TwoFockBuild, PureFShellsFromTheBasisLibrary) {
+  const std::vector<int> z = {21, 1};
+  const basis::BasisSet b = basis::make_basis("6-31Gx", z);
+  const std::vector<testing::Vec3> pos = {{0.0, 0.0, 0.0}, {0.3, -0.2, 3.4}};
+  const auto t = prepare(b, pos, true);
+  ASSERT_EQ(t.nbasis, 36);
+  const int n = t.nbasis;
+  const auto g = full_tensor(t);
+  const auto rho = random_density(n, 31);
+  const auto ref = brute_fock(n, g, rho, 1.0);
+  std::vector<double> stored(2 * n * n), direct(2 * n * n, 0.0), prev(2 * n * n, 0.0);
+  fock_stored(t.view(), 1.0, rho, stored);
+  fock_direct(t.view(), 1.0, rho, prev, direct);
+  EXPECT_LT(max_diff(stored, ref), kRoundingEv);
+  EXPECT_LT(max_diff(direct, ref), kRoundingEv);
+}
+
+}  // namespace
+}  // namespace norvik::integrals::two
+
+namespace norvik::integrals::two {
+namespace {
+
+// Sums over a complete set of real solid harmonics are invariant under rotation:
+// with the hydrogen along x, y or z, Σ_i (ii|hh) and Σ_i (ih|ih) over the pure d
+// and the pure f functions of scandium must not change, and each (ii|hh) is
+// close to 1/R for normalised functions far from the hydrogen.
+TEST(TwoFockBuild, PureShellsAreRotationallyComplete) {
+  const std::vector<int> z = {21, 1};
+  const basis::BasisSet b = basis::make_basis("6-31Gx", z);
+  const int nshell = static_cast<int>(b.shells.size());
+  const int h = nshell;  // hydrogen's outer s shell
+  std::vector<int> pure;
+  for (int s = 0; s < nshell; ++s)
+    if (b.shells[static_cast<std::size_t>(s)].kind == 5 ||
+        b.shells[static_cast<std::size_t>(s)].kind == 7)
+      pure.push_back(s + 1);
+  ASSERT_EQ(pure.size(), 3u);  // two d shells and the f shell
+  std::vector<double> block(kQuartetBlockSize);
+  for (int s : pure) {
+    const int k = b.shells[static_cast<std::size_t>(s - 1)].kind;
+    double coulomb[3], exchange[3];
+    for (int axis = 0; axis < 3; ++axis) {
+      std::vector<testing::Vec3> pos = {{0.0, 0.0, 0.0}, {0.0, 0.0, 0.0}};
+      pos[1][static_cast<std::size_t>(axis)] = 6.0;
+      const auto tab = pack_shells(b, pos);
+      shell_quartet_block(nshell, tab, {s, s, h, h}, block);
+      coulomb[axis] = 0;
+      for (int i = 0; i < k; ++i) {
+        coulomb[axis] += block[static_cast<std::size_t>(i + 7 * i)];
+        EXPECT_NEAR(block[static_cast<std::size_t>(i + 7 * i)], 1.0 / 6.0, 0.03);
+      }
+      shell_quartet_block(nshell, tab, {s, h, s, h}, block);
+      exchange[axis] = 0;
+      for (int i = 0; i < k; ++i) exchange[axis] += block[static_cast<std::size_t>(i + 49 * i)];
+    }
+    for (int axis = 1; axis < 3; ++axis) {
+      EXPECT_NEAR(coulomb[axis], coulomb[0], 1e-13 * coulomb[0]) << "kind " << k;
+      EXPECT_NEAR(exchange[axis], exchange[0], 1e-12 * exchange[0]) << "kind " << k;
+    }
   }
 }
 

@@ -14,8 +14,9 @@ namespace {
 // whose rows are the components a of total L1 … L1+L2 (global index minus
 // ncart_upto(L1−1)) and whose columns run over `inner` values.  Writes the
 // rows (a, b) with |a| = L1, |b| = L2, row-major over (a, b), into out.
-// Kept out of line: inlined into the vertical recurrence of the (ds|pp) class,
-// GCC 12 at -O3 vectorises the pair into wrong results (found by the class tests).
+// Kept out of line: inlined into the (ds|pp) kernel and vectorised, it gave wrong
+// results with GCC 12 at -O3 (the class tests caught it; the address and
+// undefined-behaviour sanitizers find nothing, and -O2 or no vectorisation is right).
 #if defined(__GNUC__)
 #define NORVIK_NOINLINE __attribute__((noinline))
 #else

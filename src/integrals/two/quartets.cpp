@@ -117,7 +117,7 @@ void place(const IntegralShell* const sh[4], const int sub[4], const double* car
   }
   // Dense gather [n0][n1][n2][n3], then one pass per non-plain index.
   std::size_t size = static_cast<std::size_t>(n[0]) * n[1] * n[2] * n[3];
-  scratch.resize(3 * size);
+  if (scratch.size() < 3 * size) scratch.resize(3 * size);
   double* x = scratch.data();
   {
     double* w = x;
@@ -170,7 +170,14 @@ void shell_quartet(std::span<const IntegralShell> shells, const PairData& pairs,
   const IntegralShell* sh[4] = {
       &shells[static_cast<std::size_t>(pairs.a[P])], &shells[static_cast<std::size_t>(pairs.b[P])],
       &shells[static_cast<std::size_t>(pairs.a[Q])], &shells[static_cast<std::size_t>(pairs.b[Q])]};
-  std::fill_n(block, sh[0]->kind * sh[1]->kind * sh[2]->kind * sh[3]->kind, 0.0);
+  // Every function quartet is written by exactly one sub-shell quartet, unless a
+  // group has no surviving primitive pair: only then does the block need clearing.
+  bool empty_group = false;
+  for (int g = pairs.group_offset[P]; g < pairs.group_offset[P + 1]; ++g)
+    empty_group = empty_group || pairs.groups[static_cast<std::size_t>(g)].pair.prims.empty();
+  for (int g = pairs.group_offset[Q]; g < pairs.group_offset[Q + 1]; ++g)
+    empty_group = empty_group || pairs.groups[static_cast<std::size_t>(g)].pair.prims.empty();
+  if (empty_group) std::fill_n(block, sh[0]->kind * sh[1]->kind * sh[2]->kind * sh[3]->kind, 0.0);
 
   for (int gp = pairs.group_offset[P]; gp < pairs.group_offset[P + 1]; ++gp) {
     const PairGroup& bra = pairs.groups[static_cast<std::size_t>(gp)];
