@@ -124,7 +124,8 @@ void update_trailing(ConstMatrixView v, ConstMatrixView w, MatrixView a) {
          wv.view().block(j0, 0, jb, 2 * nb), 1.0, a.block(j0, j0, m - j0, jb));
   }
   constexpr Index kTile = 32;
-#pragma omp parallel for schedule(dynamic) if (parallel_pays(static_cast<double>(m) * m))
+  const bool threads = parallel_pays(static_cast<double>(m) * m);
+#pragma omp parallel for schedule(dynamic) if (threads)
   for (Index j0 = 0; j0 < m; j0 += kTile) {
     for (Index i0 = 0; i0 <= j0; i0 += kTile) {
       // Tile (i0, j0) of the upper triangle from tile (j0, i0) of the lower.
