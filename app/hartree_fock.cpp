@@ -14,7 +14,9 @@ namespace {
 // Doubles per shell in the packed shell table of the two-electron routines.
 constexpr int kShellRecord = 160;
 
-void stamp(const char* text) { TIMESTAMP(padded(text, 40).data()); }
+void stamp(const char* text) {
+  TIMESTAMP(padded(text, 40).data());
+}
 
 // The shells of the molecule as MAKEBASIS lays them out.
 struct Shells {
@@ -133,10 +135,10 @@ PointResult run_hartree_fock(const Job& job) {
   double energy = 0.0, dipole[3] = {};
   const norvik_int istart = 1;
   auto ini = result.in_core ? HF_INI : HF_INI_DIRECT;
-  ini(&istart, &job.natom, atomrho.data(), &job.nalpha, &job.nbeta, &n, &northo, X.data(),
-      S.data(), T.data(), V.data(), dip.data(), &c.nshell, c.shelltab.data(), &c.nshpair,
-      c.shpair.data(), &c.npair, c.pairlist.data(), c.pairmap.data(), c.vdiag.data(),
-      c.vint.data(), &c.thresh, G.data(), rho.data(), orbitals.data(), &energy, dipole);
+  ini(&istart, &job.natom, atomrho.data(), &job.nalpha, &job.nbeta, &n, &northo, X.data(), S.data(),
+      T.data(), V.data(), dip.data(), &c.nshell, c.shelltab.data(), &c.nshpair, c.shpair.data(),
+      &c.npair, c.pairlist.data(), c.pairmap.data(), c.vdiag.data(), c.vint.data(), &c.thresh,
+      G.data(), rho.data(), orbitals.data(), &energy, dipole);
 
   double enuc = 0.0, nuclear_dipole[3] = {};
   NUCLEARREP(&job.natom, job.zat.data(), job.pos.data(), &enuc);

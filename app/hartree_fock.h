@@ -11,9 +11,9 @@ namespace host {
 inline constexpr double kOrthogonalityThreshold = 1.0e-8;
 
 struct PointResult {
-  double energy = 0.0;     // molecular energy [eV]
-  double dipole[3] = {};   // total dipole [eA]
-  double de_final = 0.0;   // last energy change [eV]
+  double energy = 0.0;    // molecular energy [eV]
+  double dipole[3] = {};  // total dipole [eA]
+  double de_final = 0.0;  // last energy change [eV]
   int nbasis = 0;
   int northo = 0;
   bool in_core = true;

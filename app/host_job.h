@@ -43,9 +43,9 @@ struct Job {
   std::array<double, 4> damp{0.5, 0.5, 0.0, 0.0};
   std::array<double, 4> thr_ene{1.0e-6, 1.0e-7, 0.0, 0.0};
   std::array<double, 4> thr_rms{1.0e-6, 1.0e-7, 0.0, 0.0};
-  double screening = 1.0e-10;       // parameter record 14
-  double grad_converge = 1.0e-2;    // record 16 [eV/A]
-  double step_length = 0.1;         // record 18 [A]
+  double screening = 1.0e-10;                // parameter record 14
+  double grad_converge = 1.0e-2;             // record 16 [eV/A]
+  double step_length = 0.1;                  // record 18 [A]
   std::array<double, 2> record20{1.0, 0.0};  // record 20
 
   // Molecule-file settings.

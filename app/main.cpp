@@ -41,7 +41,8 @@ void usage(std::ostream& out) {
 // An input file must exist and be readable before the library is asked to read it.
 void require_readable(const std::string& path, const char* what) {
   std::error_code ec;
-  if (std::filesystem::is_directory(path, ec)) fail(std::string(what) + " '" + path + "' is a directory");
+  if (std::filesystem::is_directory(path, ec))
+    fail(std::string(what) + " '" + path + "' is a directory");
   std::ifstream in(path);
   if (!in) fail(std::string("cannot read ") + what + " '" + path + "'");
   if (path.size() > static_cast<std::size_t>(host::kPathLength)) {
@@ -104,9 +105,10 @@ int run(const std::vector<std::string>& args) {
   start_fresh(report, "report file");
   start_fresh(log, "log file");
   host::write_header(job);
-  std::cout << "norvik: " << host::trimmed(job.theory) << " / " << host::trimmed(job.basis) << " job '"
-            << host::trimmed(job.molecule_name) << "': " << job.natom - job.nghost << " atoms, "
-            << job.nalpha << " + " << job.nbeta << " electrons\n" << std::flush;
+  std::cout << "norvik: " << host::trimmed(job.theory) << " / " << host::trimmed(job.basis)
+            << " job '" << host::trimmed(job.molecule_name) << "': " << job.natom - job.nghost
+            << " atoms, " << job.nalpha << " + " << job.nbeta << " electrons\n"
+            << std::flush;
 
   if (job.kohn_sham) {
     std::cout << "norvik: Kohn-Sham jobs are not available yet; the report holds the job header\n";

@@ -10,17 +10,16 @@
 #ifndef NORVIK_H
 #define NORVIK_H
 
-#include "norvik/export.h"
-
-#include "norvik/common.h"
-#include "norvik/setup.h"
-#include "norvik/report.h"
-#include "norvik/memory.h"
 #include "norvik/basis.h"
+#include "norvik/common.h"
+#include "norvik/export.h"
 #include "norvik/integrals_one.h"
 #include "norvik/integrals_rys.h"
 #include "norvik/integrals_two.h"
 #include "norvik/linalg.h"
+#include "norvik/memory.h"
+#include "norvik/report.h"
 #include "norvik/scf.h"
+#include "norvik/setup.h"
 
 #endif

@@ -12,11 +12,12 @@
 
 NORVIK_EXTERN_C_BEGIN
 
-NORVIK_API double RAMVINT(const norvik_int* npair);                         /* 4 npair^2 / 1e9 */
-NORVIK_API double RAMTDA(const norvik_int* n);                              /* 24 n^2 / 1e9 */
-NORVIK_API double RAMRPA(const norvik_int* n);                              /* 32 n^2 / 1e9 */
-NORVIK_API double RAMMP2(const norvik_int* nbasis);                         /* 9 nbasis^4 / 1e9 */
-NORVIK_API double RAMKOHNSHAM(const norvik_int* npoint, const norvik_int* nbasis); /* 32 npoint nbasis / 1e9 */
+NORVIK_API double RAMVINT(const norvik_int* npair); /* 4 npair^2 / 1e9 */
+NORVIK_API double RAMTDA(const norvik_int* n);      /* 24 n^2 / 1e9 */
+NORVIK_API double RAMRPA(const norvik_int* n);      /* 32 n^2 / 1e9 */
+NORVIK_API double RAMMP2(const norvik_int* nbasis); /* 9 nbasis^4 / 1e9 */
+NORVIK_API double RAMKOHNSHAM(const norvik_int* npoint,
+                              const norvik_int* nbasis); /* 32 npoint nbasis / 1e9 */
 
 NORVIK_API void INCORE01(const norvik_int* npair, const double* limit_gb, norvik_int* flag);
 NORVIK_API void MP2RAM01(const norvik_int* nbasis, const double* limit_gb, norvik_int* flag);

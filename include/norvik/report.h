@@ -27,7 +27,8 @@ NORVIK_API void WRITE_LOG_HF(const norvik_int* iopt, const norvik_int* isrc, con
 /* Report header sections, in the order a host usually writes them. */
 NORVIK_API void WRITE_SHEBANG(const char* report);
 NORVIK_API void WRITE_START(const char* report);
-NORVIK_API void WRITE_CONST(const double* bohr_angstrom, const double* hartree_ev, const char* report);
+NORVIK_API void WRITE_CONST(const double* bohr_angstrom, const double* hartree_ev,
+                            const char* report);
 NORVIK_API void WRITE_THEORY(const char* theory, const char* report);
 NORVIK_API void WRITE_MOLNAME(const char* molname, const char* report);
 NORVIK_API void WRITE_MOLNAME_KS(const char* molname, const char* functional, const char* report);
@@ -35,7 +36,8 @@ NORVIK_API void WRITE_ATMNAME(const norvik_int* z, const char* report);
 NORVIK_API void WRITE_ATMNAME_KS(const norvik_int* z, const char* functional, const char* report);
 NORVIK_API void WRITE_BASIS(const char* basname, const char* report);
 NORVIK_API void WRITE_NUMBERS(const norvik_int* nalpha, const norvik_int* nbeta,
-                              const norvik_int* natom, const norvik_int* nghost, const char* report);
+                              const norvik_int* natom, const norvik_int* nghost,
+                              const char* report);
 NORVIK_API void WRITE_NUMBERS_KS(const norvik_int* nalpha, const norvik_int* nbeta,
                                  const norvik_int* natom, const norvik_int* nghost,
                                  const char* functional, const char* report);

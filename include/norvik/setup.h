@@ -42,9 +42,8 @@ NORVIK_API void SETUP_HF(const norvik_int* maxatom, const norvik_int* maxorb, co
                          char* text4, char* text6, norvik_int* int6, norvik_int* int8,
                          norvik_int* int10, char* text12, char* text14, char* text18,
                          norvik_int* charge, norvik_int* multiplicity, norvik_int* nalpha,
-                         norvik_int* nbeta, norvik_int* norb, norvik_int* nshort,
-                         norvik_int* natom, norvik_int* nghost, norvik_int* zat,
-                         norvik_int* zel, double* pos);
+                         norvik_int* nbeta, norvik_int* norb, norvik_int* nshort, norvik_int* natom,
+                         norvik_int* nghost, norvik_int* zat, norvik_int* zel, double* pos);
 
 /* The same for a Kohn-Sham job.  47 arguments: 1-4 as SETUP_HF; 5 double
  * (record 2); 6 integer (record 4); 7-10 SCF iterations, 11-14 damping factors,
@@ -59,26 +58,24 @@ NORVIK_API void SETUP_HF(const norvik_int* maxatom, const norvik_int* maxorb, co
 NORVIK_API void SETUP_KS(const norvik_int* maxatom, const norvik_int* maxorb, const char* molfile,
                          const char* parfile, double* value2, norvik_int* value4,
                          norvik_int* niter_hf_atom, norvik_int* niter_ks_atom,
-                         norvik_int* niter_hf_mole, norvik_int* niter_ks_mole,
-                         double* damp_hf_atom, double* damp_ks_atom, double* damp_hf_mole,
-                         double* damp_ks_mole, double* thr_ene_hf_atom, double* thr_ene_ks_atom,
-                         double* thr_ene_hf_mole, double* thr_ene_ks_mole,
-                         double* thr_rms_hf_atom, double* thr_rms_ks_atom,
+                         norvik_int* niter_hf_mole, norvik_int* niter_ks_mole, double* damp_hf_atom,
+                         double* damp_ks_atom, double* damp_hf_mole, double* damp_ks_mole,
+                         double* thr_ene_hf_atom, double* thr_ene_ks_atom, double* thr_ene_hf_mole,
+                         double* thr_ene_ks_mole, double* thr_rms_hf_atom, double* thr_rms_ks_atom,
                          double* thr_rms_hf_mole, double* thr_rms_ks_mole, double* value14,
                          double* value16, double* value18, double* value20a, double* value20b,
-                         char* theory, char* text4, char* text6, norvik_int* int6,
-                         norvik_int* int8, norvik_int* int10, char* text12, char* text14,
-                         char* text18, norvik_int* charge, norvik_int* multiplicity,
-                         norvik_int* nalpha, norvik_int* nbeta, norvik_int* norb,
-                         norvik_int* nshort, norvik_int* natom, norvik_int* nghost,
-                         norvik_int* zat, norvik_int* zel, double* pos);
+                         char* theory, char* text4, char* text6, norvik_int* int6, norvik_int* int8,
+                         norvik_int* int10, char* text12, char* text14, char* text18,
+                         norvik_int* charge, norvik_int* multiplicity, norvik_int* nalpha,
+                         norvik_int* nbeta, norvik_int* norb, norvik_int* nshort, norvik_int* natom,
+                         norvik_int* nghost, norvik_int* zat, norvik_int* zel, double* pos);
 
 /* Element tables, Z = 1 (H) ... 54 (Xe); symbols are two characters,
  * blank-padded and case-sensitive ("H ", "He", "Cl"). */
-NORVIK_API norvik_int SMB2CHG(const char* symbol);                 /* returns Z */
-NORVIK_API void CHG2SMB(char* symbol, const norvik_int* z);       /* symbol out (2) */
-NORVIK_API void SMB2NAME(const char* symbol, char* name);         /* name out (20) */
-NORVIK_API double ATOMMASS(const norvik_int* z);                  /* amu; 0 for Z = 0 */
+NORVIK_API norvik_int SMB2CHG(const char* symbol);          /* returns Z */
+NORVIK_API void CHG2SMB(char* symbol, const norvik_int* z); /* symbol out (2) */
+NORVIK_API void SMB2NAME(const char* symbol, char* name);   /* name out (20) */
+NORVIK_API double ATOMMASS(const norvik_int* z);            /* amu; 0 for Z = 0 */
 NORVIK_API void HUNDSRULE(const norvik_int* z, norvik_int* multiplicity);
 
 /* Alpha and beta electrons of zsum nuclear charge with the given charge and

@@ -43,8 +43,8 @@ NORVIK_API void WRITE_LOG_HF(const norvik_int* iopt, const norvik_int* isrc, con
                              const double* emol, const double* dipole, const double* rmsd,
                              const double* comm2, const char* logfile) {
   guarded([&] {
-    append(logfile, {report::log_cycle_line(*iopt, *isrc, *iscf, *emol, {dipole[0], dipole[1], dipole[2]},
-                                            *rmsd, *comm2)});
+    append(logfile, {report::log_cycle_line(*iopt, *isrc, *iscf, *emol,
+                                            {dipole[0], dipole[1], dipole[2]}, *rmsd, *comm2)});
   });
 }
 
@@ -87,8 +87,8 @@ NORVIK_API void WRITE_BASIS(const char* basname, const char* r) {
   guarded([&] { append(r, report::basis(text_in(basname, kLongKeywordLength))); });
 }
 
-NORVIK_API void WRITE_NUMBERS(const norvik_int* nalpha, const norvik_int* nbeta, const norvik_int* natom,
-                              const norvik_int* nghost, const char* r) {
+NORVIK_API void WRITE_NUMBERS(const norvik_int* nalpha, const norvik_int* nbeta,
+                              const norvik_int* natom, const norvik_int* nghost, const char* r) {
   guarded([&] { append(r, report::numbers(*nalpha, *nbeta, *natom, *nghost)); });
 }
 
@@ -96,7 +96,8 @@ NORVIK_API void WRITE_NUMBERS_KS(const norvik_int* nalpha, const norvik_int* nbe
                                  const norvik_int* natom, const norvik_int* nghost,
                                  const char* functional, const char* r) {
   guarded([&] {
-    append(r, report::numbers_ks(*nalpha, *nbeta, *natom, *nghost, text_in(functional, kKeywordLength)));
+    append(r, report::numbers_ks(*nalpha, *nbeta, *natom, *nghost,
+                                 text_in(functional, kKeywordLength)));
   });
 }
 
@@ -106,19 +107,20 @@ NORVIK_API void WRITE_SCF_ATOM(const norvik_int* niter, const double* damp, cons
 }
 
 NORVIK_API void WRITE_SCF_ATOM_KS(const norvik_int* niter_hf, const norvik_int* niter_ks,
-                                  const double* damp_hf, const double* damp_ks, const double* thr_ene_hf,
-                                  const double* thr_ene_ks, const double* thr_rms_hf,
-                                  const double* thr_rms_ks, const char* r) {
+                                  const double* damp_hf, const double* damp_ks,
+                                  const double* thr_ene_hf, const double* thr_ene_ks,
+                                  const double* thr_rms_hf, const double* thr_rms_ks,
+                                  const char* r) {
   guarded([&] {
-    append(r, report::scf_atom_ks({*niter_hf, *niter_ks}, {*damp_hf, *damp_ks}, {*thr_ene_hf, *thr_ene_ks},
-                                  {*thr_rms_hf, *thr_rms_ks}));
+    append(r, report::scf_atom_ks({*niter_hf, *niter_ks}, {*damp_hf, *damp_ks},
+                                  {*thr_ene_hf, *thr_ene_ks}, {*thr_rms_hf, *thr_rms_ks}));
   });
 }
 
 NORVIK_API void WRITE_SCF(const norvik_int* niter_atom, const norvik_int* niter_mole,
-                          const double* damp_atom, const double* damp_mole, const double* thr_ene_atom,
-                          const double* thr_ene_mole, const double* thr_rms_atom,
-                          const double* thr_rms_mole, const char* r) {
+                          const double* damp_atom, const double* damp_mole,
+                          const double* thr_ene_atom, const double* thr_ene_mole,
+                          const double* thr_rms_atom, const double* thr_rms_mole, const char* r) {
   guarded([&] {
     append(r, report::scf({*niter_atom, *niter_mole}, {*damp_atom, *damp_mole},
                           {*thr_ene_atom, *thr_ene_mole}, {*thr_rms_atom, *thr_rms_mole}));
@@ -126,10 +128,10 @@ NORVIK_API void WRITE_SCF(const norvik_int* niter_atom, const norvik_int* niter_
 }
 
 NORVIK_API void WRITE_SCF_KS(const norvik_int* n1, const norvik_int* n2, const norvik_int* n3,
-                             const norvik_int* n4, const double* d1, const double* d2, const double* d3,
-                             const double* d4, const double* e1, const double* e2, const double* e3,
-                             const double* e4, const double* r1, const double* r2, const double* r3,
-                             const double* r4, const char* r) {
+                             const norvik_int* n4, const double* d1, const double* d2,
+                             const double* d3, const double* d4, const double* e1, const double* e2,
+                             const double* e3, const double* e4, const double* r1, const double* r2,
+                             const double* r3, const double* r4, const char* r) {
   guarded([&] {
     append(r, report::scf_ks({*n1, *n2, *n3, *n4}, {*d1, *d2, *d3, *d4}, {*e1, *e2, *e3, *e4},
                              {*r1, *r2, *r3, *r4}));
@@ -141,24 +143,27 @@ NORVIK_API void WRITE_GEOMETRY(const norvik_int* natom, const double* pos, const
   guarded([&] { append(r, report::geometry(positions(natom, pos), per_atom(natom, zat))); });
 }
 
-NORVIK_API void WRITE_GEOMETRY_GHST(const norvik_int* natom, const double* pos, const norvik_int* zat,
-                                    const norvik_int* zel, const char* r) {
+NORVIK_API void WRITE_GEOMETRY_GHST(const norvik_int* natom, const double* pos,
+                                    const norvik_int* zat, const norvik_int* zel, const char* r) {
   guarded([&] {
-    append(r, report::geometry_ghost(positions(natom, pos), per_atom(natom, zat), per_atom(natom, zel)));
+    append(r, report::geometry_ghost(positions(natom, pos), per_atom(natom, zat),
+                                     per_atom(natom, zel)));
   });
 }
 
 NORVIK_API void WRITE_COORDINATES(const norvik_int* natom, const double* pos, const norvik_int* zel,
                                   const norvik_int* zat, const char* r) {
   guarded([&] {
-    append(r, report::coordinates(positions(natom, pos), per_atom(natom, zel), per_atom(natom, zat)));
+    append(r,
+           report::coordinates(positions(natom, pos), per_atom(natom, zel), per_atom(natom, zat)));
   });
 }
 
 NORVIK_API void WRITE_XYZ(const norvik_int* natom, const double* pos, const norvik_int* zel,
                           const char* title, const char* r) {
   guarded([&] {
-    append(r, report::xyz(positions(natom, pos), per_atom(natom, zel), text_in(title, kLongKeywordLength)));
+    append(r, report::xyz(positions(natom, pos), per_atom(natom, zel),
+                          text_in(title, kLongKeywordLength)));
   });
 }
 
@@ -174,7 +179,8 @@ NORVIK_API void WRITE_CAUTION(const char* r) {
   guarded([&] { append(r, report::caution()); });
 }
 
-NORVIK_API void WRITE_INSUFFCIENTRAM_RPA(const double* vint_gb, const double* tdhf_gb, const char* r) {
+NORVIK_API void WRITE_INSUFFCIENTRAM_RPA(const double* vint_gb, const double* tdhf_gb,
+                                         const char* r) {
   guarded([&] { append(r, report::insufficient_ram_rpa(*vint_gb, *tdhf_gb)); });
 }
 
@@ -182,9 +188,9 @@ NORVIK_API void WRITE_INSUFFCIENTRAM_MP2(const double* mp2_gb, const char* r) {
   guarded([&] { append(r, report::insufficient_ram_mp2(*mp2_gb)); });
 }
 
-NORVIK_API void WRITE_INCORE(const norvik_int* flag, const norvik_int* nbasis, const norvik_int* npair,
-                             const norvik_int* neffective_pair, const double* vint_gb,
-                             const double* limit_gb, const char* r) {
+NORVIK_API void WRITE_INCORE(const norvik_int* flag, const norvik_int* nbasis,
+                             const norvik_int* npair, const norvik_int* neffective_pair,
+                             const double* vint_gb, const double* limit_gb, const char* r) {
   guarded([&] {
     append(r, report::in_core(*flag == 1, *nbasis, *npair, *neffective_pair, *vint_gb, *limit_gb));
   });

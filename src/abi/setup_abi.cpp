@@ -84,8 +84,8 @@ std::string read_molecule_into(norvik_int maxatom, norvik_int maxorb, const char
     std::fill_n(rb.zel, maxatom, 0);
     std::fill_n(rb.pos, 3 * static_cast<std::size_t>(maxatom), 0.0);
   }
-  const setup::Molecule molecule =
-      setup::read_molecule(text_in(molfile, norvik::abi::kFileNameLength), maxatom, settings_from(mb));
+  const setup::Molecule molecule = setup::read_molecule(
+      text_in(molfile, norvik::abi::kFileNameLength), maxatom, settings_from(mb));
   store(molecule.settings, mb);
   const auto natom = molecule.atoms.size();
   for (std::size_t i = 0; i < natom; ++i) {
@@ -122,10 +122,10 @@ extern "C" NORVIK_API void SETUP_HF(
     norvik_int* nshort, norvik_int* natom, norvik_int* nghost, norvik_int* zat, norvik_int* zel,
     double* pos) {
   guarded([&] {
-    read_molecule_into(*maxatom, *maxorb, molfile,
-                       {theory, text4, text6, int6, int8, int10, text12, text14, text18, charge,
-                        multiplicity},
-                       {nalpha, nbeta, norb, nshort, natom, nghost, zat, zel, pos});
+    read_molecule_into(
+        *maxatom, *maxorb, molfile,
+        {theory, text4, text6, int6, int8, int10, text12, text14, text18, charge, multiplicity},
+        {nalpha, nbeta, norb, nshort, natom, nghost, zat, zel, pos});
     if (is_blank(parfile)) return;
     setup::HfParameters p;
     p.value2 = *value2;

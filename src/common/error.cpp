@@ -13,6 +13,7 @@ std::string joined(const std::vector<std::string>& lines) {
 }
 }  // namespace
 
-Error::Error(std::vector<std::string> lines) : std::runtime_error(joined(lines)), lines_(std::move(lines)) {}
+Error::Error(std::vector<std::string> lines)
+    : std::runtime_error(joined(lines)), lines_(std::move(lines)) {}
 
 }  // namespace norvik

@@ -13,7 +13,8 @@ namespace norvik::io {
 void append_lines(std::string_view path, std::span<const std::string> lines) {
   const std::string name(trim_right(path));
   std::ofstream out(name, std::ios::out | std::ios::app | std::ios::binary);
-  if (!out) throw Error(fortran::list_directed({std::string_view(name), " cannot be opened for writing."}));
+  if (!out)
+    throw Error(fortran::list_directed({std::string_view(name), " cannot be opened for writing."}));
   for (const auto& line : lines) {
     out << line << '\n';
   }
@@ -35,11 +36,11 @@ void timestamp(std::string_view text) {
   localtime_r(&now, &local);
 #endif
   using fortran::Value;
-  const std::string line = fortran::format(
-      "(A40,I2,':',I2,':',I2,' ',I2,'/',I2)",
-      {Value(text), Value(std::int64_t{local.tm_hour}), Value(std::int64_t{local.tm_min}),
-       Value(std::int64_t{local.tm_sec}), Value(std::int64_t{local.tm_mon + 1}),
-       Value(std::int64_t{local.tm_mday})});
+  const std::string line =
+      fortran::format("(A40,I2,':',I2,':',I2,' ',I2,'/',I2)",
+                      {Value(text), Value(std::int64_t{local.tm_hour}),
+                       Value(std::int64_t{local.tm_min}), Value(std::int64_t{local.tm_sec}),
+                       Value(std::int64_t{local.tm_mon + 1}), Value(std::int64_t{local.tm_mday})});
   std::cout << line << '\n' << std::flush;
 }
 

@@ -19,17 +19,29 @@ double scaled_power(double ln_a, double n, double k) {
 
 }  // namespace
 
-double integral_store_gb(int npair) { return scaled_power(kLn4, npair, 2.0); }
-double tda_gb(int n) { return scaled_power(kLn24, n, 2.0); }
-double rpa_gb(int n) { return scaled_power(kLn32, n, 2.0); }
-double mp2_gb(int nbasis) { return scaled_power(kLn9, nbasis, 4.0); }
+double integral_store_gb(int npair) {
+  return scaled_power(kLn4, npair, 2.0);
+}
+double tda_gb(int n) {
+  return scaled_power(kLn24, n, 2.0);
+}
+double rpa_gb(int n) {
+  return scaled_power(kLn32, n, 2.0);
+}
+double mp2_gb(int nbasis) {
+  return scaled_power(kLn9, nbasis, 4.0);
+}
 double kohn_sham_grid_gb(int npoint, int nbasis) {
   return std::exp(std::log(static_cast<double>(npoint)) + std::log(static_cast<double>(nbasis)) +
                   kLn32 - kLnGiga);
 }
 
-bool store_fits(int npair, double limit_gb) { return limit_gb >= integral_store_gb(npair); }
-bool mp2_fits(int nbasis, double limit_gb) { return limit_gb >= mp2_gb(nbasis); }
+bool store_fits(int npair, double limit_gb) {
+  return limit_gb >= integral_store_gb(npair);
+}
+bool mp2_fits(int nbasis, double limit_gb) {
+  return limit_gb >= mp2_gb(nbasis);
+}
 bool tda_fits(int npair, int n, double limit_gb) {
   return limit_gb >= integral_store_gb(npair) + tda_gb(n);
 }

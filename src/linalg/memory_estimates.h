@@ -8,10 +8,10 @@
 
 namespace norvik::memory {
 
-double integral_store_gb(int npair);              // 4·npair²
-double tda_gb(int n);                             // 24·n²
-double rpa_gb(int n);                             // 32·n²
-double mp2_gb(int nbasis);                        // 9·nbasis⁴
+double integral_store_gb(int npair);               // 4·npair²
+double tda_gb(int n);                              // 24·n²
+double rpa_gb(int n);                              // 32·n²
+double mp2_gb(int nbasis);                         // 9·nbasis⁴
 double kohn_sham_grid_gb(int npoint, int nbasis);  // 32·npoint·nbasis
 
 // Fit decisions; a limit that is not a number never fits.

@@ -15,17 +15,27 @@ namespace {
 using fortran::format;
 using fortran::Value;
 
-Value integer(long long v) { return Value(std::int64_t{v}); }
-Value text(std::string_view v) { return Value(v); }
+Value integer(long long v) {
+  return Value(std::int64_t{v});
+}
+Value text(std::string_view v) {
+  return Value(v);
+}
 
 // A log dipole component below 5e-6 in magnitude is written as zero, so that no
 // "-0.00000" ever appears in a column that should read zero.
-double cleaned(double v) { return std::abs(v) < 5.0e-6 ? 0.0 : v; }
+double cleaned(double v) {
+  return std::abs(v) < 5.0e-6 ? 0.0 : v;
+}
 
 // The symbol of an element, or "Bq" for Z = 0 (a bare ghost centre).
-std::string symbol_of(int z) { return z == 0 ? std::string("Bq") : setup::z_to_symbol(z); }
+std::string symbol_of(int z) {
+  return z == 0 ? std::string("Bq") : setup::z_to_symbol(z);
+}
 
-std::size_t atom_count(std::span<const double> positions) { return positions.size() / 3; }
+std::size_t atom_count(std::span<const double> positions) {
+  return positions.size() / 3;
+}
 
 // One settings line "label" + (first value) + (second value) for the four SCF
 // settings, shared by the molecule and Kohn–Sham blocks.
@@ -38,8 +48,8 @@ struct SettingLabels {
 Lines settings_lines(const SettingLabels& lab, std::array<int, 2> niter, std::array<double, 2> damp,
                      std::array<double, 2> ene, std::array<double, 2> rms) {
   return {
-      format("(A,A,I3,A,I3)", {text("#  SCF iterations at most:"), text(lab.first), integer(niter[0]),
-                               text(lab.second_iterations), integer(niter[1])}),
+      format("(A,A,I3,A,I3)", {text("#  SCF iterations at most:"), text(lab.first),
+                               integer(niter[0]), text(lab.second_iterations), integer(niter[1])}),
       format("(A,A,F5.2,A,F5.2)", {text("#  Damping factor at SCF: "), text(lab.first), damp[0],
                                    text(lab.second), damp[1]}),
       format("(A,A,ES6.0,A,ES6.0,A)", {text("#  Cond. of Ene converge: "), text(lab.first), ene[0],
@@ -62,8 +72,8 @@ Lines log_header() {
       "Rho       |FPS-SPF| [au]"};
 }
 
-std::string log_cycle_line(int iopt, int isrc, int iscf, double energy, std::array<double, 3> dipole,
-                           double rmsd, double comm2) {
+std::string log_cycle_line(int iopt, int isrc, int iscf, double energy,
+                           std::array<double, 3> dipole, double rmsd, double comm2) {
   const double commutator = std::sqrt(comm2) / constants::kHartreeEvLog;
   const std::string last = comm2 >= 1.0e6 ? "ES15.7" : "F15.9";
   const std::string fmt =
@@ -72,11 +82,12 @@ std::string log_cycle_line(int iopt, int isrc, int iscf, double energy, std::arr
                       cleaned(dipole[1]), cleaned(dipole[2]), rmsd, commutator});
 }
 
-Lines shebang() { return {"#"}; }
+Lines shebang() {
+  return {"#"};
+}
 
 Lines start() {
-  return {"#",
-          "#  norvik: Hartree-Fock and Kohn-Sham calculations in Gaussian basis sets",
+  return {"#", "#  norvik: Hartree-Fock and Kohn-Sham calculations in Gaussian basis sets",
           "#  Units: length [A], energy [eV], dipole moment [eA]"};
 }
 
@@ -96,8 +107,9 @@ Lines molecule_name_ks(std::string_view name, std::string_view functional) {
 Lines atom_name(int z) {
   const std::string symbol = setup::z_to_symbol(z);
   const std::string name = setup::symbol_to_name(symbol);
-  return {"#", format("(A,A,A,A,A,I0)", {text("#  Atom: "), text(name), text(" ("),
-                                          text(io::trim_right(symbol)), text("), Z = "), integer(z)})};
+  return {"#",
+          format("(A,A,A,A,A,I0)", {text("#  Atom: "), text(name), text(" ("),
+                                    text(io::trim_right(symbol)), text("), Z = "), integer(z)})};
 }
 
 Lines atom_name_ks(int z, std::string_view functional) {
@@ -129,15 +141,14 @@ Lines constants(double bohr_angstrom, double hartree_ev) {
 }
 
 Lines scf_atom(int niter, double damp, double thr_ene, double thr_rms) {
-  return {"#",
-          format("(A,I3)", {text("#  SCF iterations at most: "), integer(niter)}),
+  return {"#", format("(A,I3)", {text("#  SCF iterations at most: "), integer(niter)}),
           format("(A,F5.2)", {text("#  Damping factor at SCF: "), damp}),
           format("(A,ES6.0,A)", {text("#  Cond. of Ene converge:  "), thr_ene, text(" [eV]")}),
           format("(A,ES6.0)", {text("#  Cond. of RMS converge:  "), thr_rms})};
 }
 
-Lines scf_atom_ks(std::array<int, 2> niter, std::array<double, 2> damp, std::array<double, 2> thr_ene,
-                  std::array<double, 2> thr_rms) {
+Lines scf_atom_ks(std::array<int, 2> niter, std::array<double, 2> damp,
+                  std::array<double, 2> thr_ene, std::array<double, 2> thr_rms) {
   Lines lines{"#"};
   lines += settings_lines({"   HF_Atom = ", ",    KS_Atom = ", ",    KS_Atom = "}, niter, damp,
                           thr_ene, thr_rms);
@@ -146,15 +157,16 @@ Lines scf_atom_ks(std::array<int, 2> niter, std::array<double, 2> damp, std::arr
 
 Lines scf(std::array<int, 2> niter, std::array<double, 2> damp, std::array<double, 2> thr_ene,
           std::array<double, 2> thr_rms) {
-  return {"#",
-          format("(A,A,I3,A,I3)", {text("#  SCF iterations at most:"), text(" Atom = "),
-                                   integer(niter[0]), text(",    Mole = "), integer(niter[1])}),
-          format("(A,A,F5.2,A,F5.2)", {text("#  Damping factor at SCF: "), text(" Atom ="), damp[0],
-                                       text(",   Mole ="), damp[1]}),
-          format("(A,A,ES6.0,A,ES6.0,A)", {text("#  Cond. of Ene converge: "), text(" Atom = "),
-                                           thr_ene[0], text(", Mole = "), thr_ene[1], text(" [eV]")}),
-          format("(A,A,ES6.0,A,ES6.0)", {text("#  Cond. of RMS converge: "), text(" Atom = "),
-                                         thr_rms[0], text(", Mole = "), thr_rms[1]})};
+  return {
+      "#",
+      format("(A,A,I3,A,I3)", {text("#  SCF iterations at most:"), text(" Atom = "),
+                               integer(niter[0]), text(",    Mole = "), integer(niter[1])}),
+      format("(A,A,F5.2,A,F5.2)", {text("#  Damping factor at SCF: "), text(" Atom ="), damp[0],
+                                   text(",   Mole ="), damp[1]}),
+      format("(A,A,ES6.0,A,ES6.0,A)", {text("#  Cond. of Ene converge: "), text(" Atom = "),
+                                       thr_ene[0], text(", Mole = "), thr_ene[1], text(" [eV]")}),
+      format("(A,A,ES6.0,A,ES6.0)", {text("#  Cond. of RMS converge: "), text(" Atom = "),
+                                     thr_rms[0], text(", Mole = "), thr_rms[1]})};
 }
 
 Lines scf_ks(std::array<int, 4> niter, std::array<double, 4> damp, std::array<double, 4> thr_ene,
@@ -164,9 +176,9 @@ Lines scf_ks(std::array<int, 4> niter, std::array<double, 4> damp, std::array<do
   lines += settings_lines({"   HF_Atom = ", ",    HF_Mole = ", ",       HF_Mole = "},
                           {niter[0], niter[2]}, {damp[0], damp[2]}, {thr_ene[0], thr_ene[2]},
                           {thr_rms[0], thr_rms[2]});
-  lines += settings_lines({"   KS_Atom = ", ",    KS_Mole = ", ",    KS_Mole = "},
-                          {niter[1], niter[3]}, {damp[1], damp[3]}, {thr_ene[1], thr_ene[3]},
-                          {thr_rms[1], thr_rms[3]});
+  lines +=
+      settings_lines({"   KS_Atom = ", ",    KS_Mole = ", ",    KS_Mole = "}, {niter[1], niter[3]},
+                     {damp[1], damp[3]}, {thr_ene[1], thr_ene[3]}, {thr_rms[1], thr_rms[3]});
   return lines;
 }
 
@@ -180,27 +192,29 @@ Lines numbers(int nalpha, int nbeta, int natom, int nghost) {
 
 Lines numbers_ks(int nalpha, int nbeta, int natom, int nghost, std::string_view functional) {
   Lines lines = numbers(nalpha, nbeta, natom, nghost);
-  lines.push_back(format("(A,A)", {text("#  Exchange-correlation functional: "),
-                                   text(io::trim_right(functional))}));
+  lines.push_back(format(
+      "(A,A)", {text("#  Exchange-correlation functional: "), text(io::trim_right(functional))}));
   return lines;
 }
 
 Lines geometry(std::span<const double> positions, std::span<const int> z) {
   Lines lines{"#", "#  Position of atom                                       Z_atom"};
   for (std::size_t i = 0; i < atom_count(positions); ++i) {
-    lines.push_back(format("(A,3F15.10,A,I2)", {text("#   ("), positions[3 * i], positions[3 * i + 1],
-                                                positions[3 * i + 2], text(" ) [A]    "),
-                                                integer(z[i])}));
+    lines.push_back(
+        format("(A,3F15.10,A,I2)", {text("#   ("), positions[3 * i], positions[3 * i + 1],
+                                    positions[3 * i + 2], text(" ) [A]    "), integer(z[i])}));
   }
   return lines;
 }
 
-Lines geometry_ghost(std::span<const double> positions, std::span<const int> z1, std::span<const int> z2) {
+Lines geometry_ghost(std::span<const double> positions, std::span<const int> z1,
+                     std::span<const int> z2) {
   Lines lines{"#", "#  Position of atom                                       Z_atom"};
   for (std::size_t i = 0; i < atom_count(positions); ++i) {
-    lines.push_back(format("(A,3F15.10,A,I2,A,I2)",
-                           {text("#   ("), positions[3 * i], positions[3 * i + 1], positions[3 * i + 2],
-                            text(" ) [A]    "), integer(z1[i]), text("  "), integer(z2[i])}));
+    lines.push_back(
+        format("(A,3F15.10,A,I2,A,I2)",
+               {text("#   ("), positions[3 * i], positions[3 * i + 1], positions[3 * i + 2],
+                text(" ) [A]    "), integer(z1[i]), text("  "), integer(z2[i])}));
   }
   return lines;
 }
@@ -210,17 +224,19 @@ Lines coordinates(std::span<const double> positions, std::span<const int> elemen
   Lines lines{"#", "#  Atom  Symbol  Z_nucl          x [A]          y [A]          z [A]"};
   for (std::size_t i = 0; i < atom_count(positions); ++i) {
     const std::string symbol = symbol_of(elements[i]);
-    lines.push_back(format("(A,I4,4X,A2,4X,I4,2X,3F15.10)",
-                           {text("# "), integer(static_cast<long long>(i) + 1), text(symbol),
-                            integer(charges[i]), positions[3 * i], positions[3 * i + 1],
-                            positions[3 * i + 2]}));
+    lines.push_back(format(
+        "(A,I4,4X,A2,4X,I4,2X,3F15.10)",
+        {text("# "), integer(static_cast<long long>(i) + 1), text(symbol), integer(charges[i]),
+         positions[3 * i], positions[3 * i + 1], positions[3 * i + 2]}));
   }
   return lines;
 }
 
-Lines xyz(std::span<const double> positions, std::span<const int> elements, std::string_view title) {
-  Lines lines{"#", format("(A,I0)", {text("#  "), integer(static_cast<long long>(atom_count(positions)))}),
-              format("(A,A)", {text("#  "), text(io::trim_right(title))})};
+Lines xyz(std::span<const double> positions, std::span<const int> elements,
+          std::string_view title) {
+  Lines lines{
+      "#", format("(A,I0)", {text("#  "), integer(static_cast<long long>(atom_count(positions)))}),
+      format("(A,A)", {text("#  "), text(io::trim_right(title))})};
   for (std::size_t i = 0; i < atom_count(positions); ++i) {
     const std::string symbol = symbol_of(elements[i]);
     lines.push_back(format("(A,A2,3F16.10)", {text("#  "), text(symbol), positions[3 * i],
@@ -231,10 +247,12 @@ Lines xyz(std::span<const double> positions, std::span<const int> elements, std:
 
 Lines xyz_labelled(std::span<const double> positions, std::span<const int> elements,
                    std::string_view title) {
-  Lines lines{"#", format("(A,I0)", {text("#  "), integer(static_cast<long long>(atom_count(positions)))}),
-              format("(A,A)", {text("#  "), text(io::trim_right(title))})};
+  Lines lines{
+      "#", format("(A,I0)", {text("#  "), integer(static_cast<long long>(atom_count(positions)))}),
+      format("(A,A)", {text("#  "), text(io::trim_right(title))})};
   for (std::size_t i = 0; i < atom_count(positions); ++i) {
-    const std::string label = std::string(io::trim_right(symbol_of(elements[i]))) + std::to_string(i + 1);
+    const std::string label =
+        std::string(io::trim_right(symbol_of(elements[i]))) + std::to_string(i + 1);
     lines.push_back(format("(A,A6,3F16.10)", {text("#  "), text(label), positions[3 * i],
                                               positions[3 * i + 1], positions[3 * i + 2]}));
   }
@@ -243,9 +261,12 @@ Lines xyz_labelled(std::span<const double> positions, std::span<const int> eleme
 
 Lines caution() {
   const std::string row(54, '#');
-  return {"#", row, "# CAUTION                                            #",
+  return {"#",
+          row,
+          "# CAUTION                                            #",
           "# Kohn-Sham calculation of this molecule is unstable.#",
-          "# You should check your log file to verify converged.#", row};
+          "# You should check your log file to verify converged.#",
+          row};
 }
 
 Lines insufficient_ram_rpa(double vint_gb, double tdhf_gb) {
@@ -259,14 +280,15 @@ Lines insufficient_ram_mp2(double mp2_gb) {
           format("(A,ES8.2,A)", {text("#    MP2 = "), mp2_gb, text(" [GB]")})};
 }
 
-Lines in_core(bool in_core, int nbasis, int npair, int neffective_pair, double vint_gb, double limit_gb) {
+Lines in_core(bool in_core, int nbasis, int npair, int neffective_pair, double vint_gb,
+              double limit_gb) {
   return {"#", in_core ? "# In-Core SCF:" : "# Direct SCF (very slow!!):",
           format("(A,I0,A,I0)", {text("#  number of basis = "), integer(nbasis),
                                  text(",  number of basis pair = "), integer(npair)}),
           format("(A,I0)", {text("#  Effective NofPair = "), integer(neffective_pair)}),
-          format("(A,A,ES8.2,A,A,ES8.2,A)", {text("#  "), text("Vint Size = "), vint_gb,
-                                             text(" [GB], "), text("Limit of RAM = "), limit_gb,
-                                             text(" [GB]")})};
+          format("(A,A,ES8.2,A,A,ES8.2,A)",
+                 {text("#  "), text("Vint Size = "), vint_gb, text(" [GB], "),
+                  text("Limit of RAM = "), limit_gb, text(" [GB]")})};
 }
 
 }  // namespace norvik::report

@@ -19,8 +19,8 @@ using Lines = std::vector<std::string>;
 Lines log_header();
 // One SCF cycle: energy [eV], dipole [e·Å], RMS density change, and the squared
 // commutator norm [eV²] (written as its root in hartree).
-std::string log_cycle_line(int iopt, int isrc, int iscf, double energy, std::array<double, 3> dipole,
-                           double rmsd, double comm2);
+std::string log_cycle_line(int iopt, int isrc, int iscf, double energy,
+                           std::array<double, 3> dipole, double rmsd, double comm2);
 
 // Report header sections.
 Lines shebang();
@@ -35,8 +35,8 @@ Lines constants(double bohr_angstrom, double hartree_ev);
 
 // SCF settings.
 Lines scf_atom(int niter, double damp, double thr_ene, double thr_rms);
-Lines scf_atom_ks(std::array<int, 2> niter, std::array<double, 2> damp, std::array<double, 2> thr_ene,
-                  std::array<double, 2> thr_rms);
+Lines scf_atom_ks(std::array<int, 2> niter, std::array<double, 2> damp,
+                  std::array<double, 2> thr_ene, std::array<double, 2> thr_rms);
 Lines scf(std::array<int, 2> niter, std::array<double, 2> damp, std::array<double, 2> thr_ene,
           std::array<double, 2> thr_rms);
 // Kohn–Sham settings in the order HF atom, KS atom, HF molecule, KS molecule.
@@ -49,7 +49,8 @@ Lines numbers_ks(int nalpha, int nbeta, int natom, int nghost, std::string_view 
 
 // Geometry: positions (3, natom) in ångström.
 Lines geometry(std::span<const double> positions, std::span<const int> z);
-Lines geometry_ghost(std::span<const double> positions, std::span<const int> z1, std::span<const int> z2);
+Lines geometry_ghost(std::span<const double> positions, std::span<const int> z1,
+                     std::span<const int> z2);
 Lines coordinates(std::span<const double> positions, std::span<const int> elements,
                   std::span<const int> charges);
 Lines xyz(std::span<const double> positions, std::span<const int> elements, std::string_view title);
@@ -60,6 +61,7 @@ Lines xyz_labelled(std::span<const double> positions, std::span<const int> eleme
 Lines caution();
 Lines insufficient_ram_rpa(double vint_gb, double tdhf_gb);
 Lines insufficient_ram_mp2(double mp2_gb);
-Lines in_core(bool in_core, int nbasis, int npair, int neffective_pair, double vint_gb, double limit_gb);
+Lines in_core(bool in_core, int nbasis, int npair, int neffective_pair, double vint_gb,
+              double limit_gb);
 
 }  // namespace norvik::report

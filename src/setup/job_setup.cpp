@@ -27,7 +27,8 @@ using fortran::Value;
 // records are list-directed reads; a read that fails ends the job.
 class InputUnit {
  public:
-  explicit InputUnit(std::string_view path) : name_(io::trim_right(path)), stream_(name_, std::ios::binary) {
+  explicit InputUnit(std::string_view path)
+      : name_(io::trim_right(path)), stream_(name_, std::ios::binary) {
     if (!stream_) not_found(path);
   }
 
@@ -48,7 +49,8 @@ class InputUnit {
   void check(ReadStatus status) const {
     if (status == ReadStatus::ok) return;
     const std::string what = status == ReadStatus::end_of_file ? "End of file" : "Bad value";
-    const std::string text = what + " in record " + std::to_string(reader_.records_read()) + " of " + name_ + ".";
+    const std::string text =
+        what + " in record " + std::to_string(reader_.records_read()) + " of " + name_ + ".";
     throw Error(fortran::list_directed({std::string_view(text)}));
   }
 
@@ -99,7 +101,9 @@ Molecule read_molecule(std::string_view path, int max_atoms, MoleculeSettings se
     if (static_cast<int>(molecule.atoms.size()) == max_atoms) not_found(path);
     std::string symbol = "  ";
     Atom atom;
-    if (!unit.values_or_end({text(symbol, 2), &atom.position[0], &atom.position[1], &atom.position[2]})) break;
+    if (!unit.values_or_end(
+            {text(symbol, 2), &atom.position[0], &atom.position[1], &atom.position[2]}))
+      break;
     atom.element = symbol_to_z(symbol);
     atom.nuclear_charge = atom.element;
     molecule.atoms.push_back(atom);

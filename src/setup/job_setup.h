@@ -27,20 +27,20 @@ struct MoleculeSettings {
   std::string text4 = std::string(kNameLength, ' ');      // record 4
   std::string text6 = std::string(kNameLength, ' ');      // record 6, with int6
   int int6 = 0;
-  int int8 = 0;                                           // record 8
-  int int10 = 0;                                          // record 10
-  std::string text12 = std::string(kPathLength, ' ');     // record 12
-  std::string text14 = std::string(kNameLength, ' ');     // record 14
-  int ghost_first = 0;                                    // record 16
+  int int8 = 0;                                        // record 8
+  int int10 = 0;                                       // record 10
+  std::string text12 = std::string(kPathLength, ' ');  // record 12
+  std::string text14 = std::string(kNameLength, ' ');  // record 14
+  int ghost_first = 0;                                 // record 16
   int ghost_last = 0;
-  std::string text18 = std::string(kNameLength, ' ');     // record 18
-  int charge = 0;                                         // record 20
-  int multiplicity = 1;                                   // record 22
+  std::string text18 = std::string(kNameLength, ' ');  // record 18
+  int charge = 0;                                      // record 20
+  int multiplicity = 1;                                // record 22
 };
 
 struct Atom {
-  int nuclear_charge = 0;  // 0 for a ghost atom
-  int element = 0;         // Z; a ghost keeps it, so it carries basis functions
+  int nuclear_charge = 0;            // 0 for a ghost atom
+  int element = 0;                   // Z; a ghost keeps it, so it carries basis functions
   std::array<double, 3> position{};  // ångström
 };
 

@@ -1,6 +1,8 @@
 // Report and run-log sections, byte for byte.  Expected lines were printed by
 // gfortran from the same formats, so they check the formats and the formatter
 // together.
+#include "report/sections.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -11,7 +13,6 @@
 #include <string>
 
 #include "norvik.h"
-#include "report/sections.h"
 
 namespace {
 
@@ -125,11 +126,14 @@ TEST(ReportWriters, AppendSectionsInCallOrder) {
   std::stringstream text;
   text << in.rdbuf();
   const std::string row(54, '#');
-  EXPECT_EQ(text.str(), "#\n#\n#  Number of alpha, beta, and total electrons: 3 + 2 = 5\n"
-                        "#  Number of atoms: 2\n#\n" + row +
-                            "\n# CAUTION                                            #\n"
-                            "# Kohn-Sham calculation of this molecule is unstable.#\n"
-                            "# You should check your log file to verify converged.#\n" + row + "\n");
+  EXPECT_EQ(text.str(),
+            "#\n#\n#  Number of alpha, beta, and total electrons: 3 + 2 = 5\n"
+            "#  Number of atoms: 2\n#\n" +
+                row +
+                "\n# CAUTION                                            #\n"
+                "# Kohn-Sham calculation of this molecule is unstable.#\n"
+                "# You should check your log file to verify converged.#\n" +
+                row + "\n");
   std::filesystem::remove(path);
 }
 

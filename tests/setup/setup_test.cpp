@@ -22,7 +22,8 @@ class ScratchFiles : public ::testing::Test {
  protected:
   void SetUp() override {
     dir_ = fs::temp_directory_path() /
-           ("norvik_setup_" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
+           ("norvik_setup_" +
+            std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
     fs::create_directories(dir_);
   }
   void TearDown() override { fs::remove_all(dir_); }
@@ -34,8 +35,8 @@ class ScratchFiles : public ::testing::Test {
   }
 
   // A molecule file with the given ghost range, charge, multiplicity and atoms.
-  std::string molecule(const std::string& ghosts, int charge, int mult, const std::vector<std::string>& atoms,
-                       const std::string& name = "m.mol") {
+  std::string molecule(const std::string& ghosts, int charge, int mult,
+                       const std::vector<std::string>& atoms, const std::string& name = "m.mol") {
     std::string text =
         "# theory\nHF\n# basis\n6-31Gxx\n# name, cycles\n'water molecule', 3\n# 8\n1\n# 10\n2\n"
         "# start density\n'rho/start.dat'\n# 14\nMulliken\n# ghosts\n" +
@@ -50,7 +51,8 @@ class ScratchFiles : public ::testing::Test {
   fs::path dir_;
 };
 
-const std::vector<std::string> kWater = {"O 0.0 0.0 0.1173", "H 0.0 0.7572 -0.4692", "H,0.0,-0.7572,-0.4692"};
+const std::vector<std::string> kWater = {"O 0.0 0.0 0.1173", "H 0.0 0.7572 -0.4692",
+                                         "H,0.0,-0.7572,-0.4692"};
 
 TEST_F(ScratchFiles, ReadsEveryMoleculeRecord) {
   const auto m = setup::read_molecule(molecule("0 0", 0, 1, kWater), 10, {});
@@ -110,7 +112,8 @@ TEST_F(ScratchFiles, ElectronCombinations) {
     setup::read_molecule(molecule("0 0", 0, 2, h2), 10, {});
     FAIL();
   } catch (const Error& e) {
-    EXPECT_EQ(message_of(e), " Invalid combination in Nelectron.           2           0           2");
+    EXPECT_EQ(message_of(e),
+              " Invalid combination in Nelectron.           2           0           2");
   }
   // No electron left: a bare proton.
   try {
@@ -130,7 +133,8 @@ TEST_F(ScratchFiles, SymbolsMatchExactly) {
       setup::read_molecule(molecule("0 0", 0, 2, {atom}), 10, {});
       FAIL() << atom;
     } catch (const Error& e) {
-      EXPECT_EQ(message_of(e), std::string(" symbol exceed the limit in Smb2Chg.") + std::string(atom, 2));
+      EXPECT_EQ(message_of(e),
+                std::string(" symbol exceed the limit in Smb2Chg.") + std::string(atom, 2));
     }
   }
 }
