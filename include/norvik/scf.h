@@ -191,6 +191,68 @@ NORVIK_API void HF_INI_MOLE_DIRECT(NORVIK_HF_INI_ARGS);
 NORVIK_API void HF_INI_ATOM_DIRECT(NORVIK_HF_INI_ARGS);
 NORVIK_API void HF_INI_NOINT_DIRECT(NORVIK_HF_INI_ARGS);
 
+/* ---- symmetry-adapted SCF of the homonuclear diatomics C2 and B2 ----------------
+ * The molecule lies on the z axis with its centre at the origin (the diatomic
+ * templates put it there).  The basis functions are combined into the
+ * symmetry-adapted combinations of D2h (inversion and the reflections x → −x,
+ * y → −y: the operations that map Cartesian Gaussians onto each other), whose
+ * blocks, in this order, are
+ *   1 ag (σg)  2 b1g (δg xy)  3 b2g (πg x)  4 b3g (πg y)
+ *   5 au (δu)  6 b1u (σu)     7 b2u (πu y)  8 b3u (πu x).
+ * MAKESALC: 1 basis (in, 20 chars, the basis name); 2 natom (in, must be 2);
+ *   3 zat (in, 2 nuclear charges, equal); 4 pos (in, (3, 2) Å);
+ *   5 nbasis (in, must equal the basis size); 6 salc (out, (n, n): orthonormal
+ *   columns (φ_A ± (−1)^L φ_B)/√2, sorted by block); 7 salcblock (out, 9
+ *   integers: block b has columns salcblock(b) … salcblock(b+1)−1, 1-based;
+ *   salcblock(9) = n+1).  A molecule off the axis or off centre stops with
+ *   "Not a homonuclear diatomic centred on the z axis.".
+ * The update members take the 15 arguments of UPDATERHO_DAMP/_DIIS followed by
+ *   16 salc (in, (n, n)) and 17 salcblock (in, 9) from MAKESALC.  The Fock
+ *   matrix of each spin is diagonalised within each block (F C = S C ε in the
+ *   block's combinations) and each block gets a fixed number of electrons of
+ *   that spin, from the spin's count N (nearest integer of Tr(ρσ S)): once four
+ *   σ electrons are there, the π pair πu(x), πu(y) takes min(2, (N − 4)/2)
+ *   electrons each; the rest fills σg and σu alternately from σg.  Six
+ *   electrons give 1σg 2σg 1σu 2σu 1πu(x) 1πu(y) (C2 ¹Σg⁺ per spin, B2 ³Σg⁻
+ *   alpha); four give the B2 beta spin.  C2 and B2 members follow the same rule
+ *   (the configuration follows from the counts of the density); the plain and
+ *   _GHQR members are the same (the blocks are always solved by the generalised
+ *   solver).  orbitals: per spin the occupied orbitals first, then the virtual
+ *   ones, each in ascending order of level (plain ascending order whenever the
+ *   configuration is the aufbau one).
+ * HF_SCF_C2/_B2 take the 32 arguments of HF_SCF followed by salc and
+ *   salcblock; HF_INI_C2/_B2 the 27 arguments of HF_INI followed by salc and
+ *   salcblock (their bare start makes one symmetric damped step). */
+NORVIK_API void MAKESALC(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                         const double* pos, const norvik_int* nbasis, double* salc,
+                         norvik_int* salcblock);
+#define NORVIK_SALC_ARGS const double *salc, const norvik_int *salcblock
+NORVIK_API void UPDATERHO_C2_DAMP(NORVIK_UPDATE_ARGS(const double* damp), NORVIK_SALC_ARGS);
+NORVIK_API void UPDATERHO_C2_DAMP_GHQR(NORVIK_UPDATE_ARGS(const double* damp), NORVIK_SALC_ARGS);
+NORVIK_API void UPDATERHO_C2_DIIS(NORVIK_UPDATE_ARGS(const norvik_int* nsub), NORVIK_SALC_ARGS);
+NORVIK_API void UPDATERHO_C2_DIIS_GHQR(NORVIK_UPDATE_ARGS(const norvik_int* nsub),
+                                       NORVIK_SALC_ARGS);
+NORVIK_API void UPDATERHO_B2_DAMP(NORVIK_UPDATE_ARGS(const double* damp), NORVIK_SALC_ARGS);
+NORVIK_API void UPDATERHO_B2_DAMP_GHQR(NORVIK_UPDATE_ARGS(const double* damp), NORVIK_SALC_ARGS);
+NORVIK_API void UPDATERHO_B2_DIIS(NORVIK_UPDATE_ARGS(const norvik_int* nsub), NORVIK_SALC_ARGS);
+NORVIK_API void UPDATERHO_B2_DIIS_GHQR(NORVIK_UPDATE_ARGS(const norvik_int* nsub),
+                                       NORVIK_SALC_ARGS);
+NORVIK_API void HF_SCF_C2(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS);
+NORVIK_API void HF_SCF_B2(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS);
+NORVIK_API void HF_INI_C2(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS);
+NORVIK_API void HF_INI_B2(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS);
+
+/* Position of the 4s (5s) function of an atom: 1 z (in, nuclear charge);
+ * 2 index (out): the 1-based position, among that atom's functions in the
+ * basis of the routine's name (STO-3G, 6-31G, 3-21G, 3-21GC: 3-21G with
+ * Cartesian d sets), of its 4s (5s) function, the inner part of a split valence
+ * shell; 0 when the atom has none (z below 19 for 4s, below 37 for 5s). */
+NORVIK_API void FIND4S_STO3G(const norvik_int* z, norvik_int* index);
+NORVIK_API void FIND4S_631G(const norvik_int* z, norvik_int* index);
+NORVIK_API void FIND5S_STO3G(const norvik_int* z, norvik_int* index);
+NORVIK_API void FIND5S_321G(const norvik_int* z, norvik_int* index);
+NORVIK_API void FIND5S_321GC(const norvik_int* z, norvik_int* index);
+
 /* ---- whole calculations ----------------------------------------------------------- */
 
 /* Free atoms: one UHF per distinct element among the atoms with a nonzero nuclear

@@ -6,8 +6,10 @@
 #include <cstring>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "abi/abi_support.h"
+#include "basis/library.h"
 #include "common/error.h"
 #include "common/fortran_format.h"
 #include "common/text_file.h"
@@ -21,6 +23,7 @@
 #include "scf/properties.h"
 #include "scf/single_point.h"
 #include "scf/start_density.h"
+#include "scf/symmetry_update.h"
 
 namespace {
 
@@ -447,3 +450,171 @@ extern "C" NORVIK_API void HF_1POINT(
     *incore = r.in_core ? 1 : 0;
   });
 }
+
+// ---- symmetry-adapted SCF of C2 and B2 ------------------------------------------------
+
+extern "C" NORVIK_API void MAKESALC(const char* basis, const norvik_int* natom,
+                                    const norvik_int* zat, const double* pos,
+                                    const norvik_int* nbasis, double* salc, norvik_int* salcblock) {
+  guarded([&] {
+    if (*natom != 2 || zat[0] != zat[1]) {
+      throw norvik::Error(
+          norvik::fortran::list_directed({"Not a homonuclear diatomic centred on the z axis."}));
+    }
+    const std::vector<int> z{zat[0], zat[1]};
+    const norvik::basis::BasisSet set =
+        norvik::basis::make_basis(text_in(basis, kLongKeywordLength), z);
+    if (set.nbasis() != *nbasis) {
+      throw norvik::Error(norvik::fortran::list_directed(
+          {"Wrong nbasis in makesalc.", std::int64_t{*nbasis}, std::int64_t{set.nbasis()}}));
+    }
+    const scf::Salc s = scf::make_salc(set, {pos, 6});
+    std::copy(s.u.begin(), s.u.end(), salc);
+    for (int b = 0; b <= scf::kIrreps; ++b) salcblock[b] = s.first[static_cast<std::size_t>(b)] + 1;
+  });
+}
+
+namespace {
+
+// The combinations handed back by MAKESALC.
+scf::Salc salc_in(norvik_int n, const double* salc, const norvik_int* salcblock) {
+  scf::Salc s;
+  s.n = n;
+  s.u.assign(salc, salc + square(n));
+  bool ok = salcblock[0] == 1 && salcblock[scf::kIrreps] == n + 1;
+  for (int b = 0; b <= scf::kIrreps; ++b) {
+    if (b > 0 && salcblock[b] < salcblock[b - 1]) ok = false;
+    s.first[static_cast<std::size_t>(b)] = salcblock[b] - 1;
+  }
+  if (!ok) {
+    throw norvik::Error(norvik::fortran::list_directed(
+        {"Invalid symmetry blocks in updaterho.", std::int64_t{salcblock[0]},
+         std::int64_t{salcblock[scf::kIrreps]}, std::int64_t{n}}));
+  }
+  return s;
+}
+
+void symmetric_update(bool diis, const norvik_int* nbasis, const double* S, const double* T,
+                      const double* V, const double* G, const norvik_int* northo, const double* X,
+                      double damp, int nsub, double* fockhist, double* errhist, double* scratch,
+                      double* rho, double* orbitals, double* rmsd, double* comm2,
+                      const double* salc, const norvik_int* salcblock) {
+  check_nbasis(*nbasis, "updaterho");
+  if (*northo > *nbasis) {
+    throw norvik::Error(
+        norvik::fortran::list_directed({"Invalid orthogonalization.", std::int64_t{*northo}}));
+  }
+  const scf::Operators op = operators(nbasis, S, T, V, northo, X);
+  const scf::Salc s = salc_in(*nbasis, salc, salcblock);
+  const std::size_t nn = square(*nbasis);
+  const std::size_t n = count(*nbasis);
+  const scf::StepArrays arrays{{G, 2 * nn},
+                               {fockhist, 2 * scf::kHistorySlots * nn},
+                               {errhist, 2 * scf::kHistorySlots * nn},
+                               {scratch, 2 * nn},
+                               {rho, 2 * nn},
+                               {orbitals, 2 * (nn + n)}};
+  scf::Workspace work(*nbasis);
+  const scf::StepResult r = diis ? scf::symmetric_diis_step(op, s, nsub, arrays, work)
+                                 : scf::symmetric_damped_step(op, s, damp, arrays, work);
+  *rmsd = r.rmsd;
+  *comm2 = r.comm2;
+}
+
+}  // namespace
+
+#define NORVIK_SYM_DAMP_ROUTINE(NAME)                                                             \
+  extern "C" NORVIK_API void NAME(NORVIK_UPDATE_ARGS(const double* damp), NORVIK_SALC_ARGS) {     \
+    guarded([&] {                                                                                 \
+      symmetric_update(false, NORVIK_UPDATE_CALL, *damp, 0, NORVIK_UPDATE_TAIL, salc, salcblock); \
+    });                                                                                           \
+  }
+#define NORVIK_SYM_DIIS_ROUTINE(NAME)                                                              \
+  extern "C" NORVIK_API void NAME(NORVIK_UPDATE_ARGS(const norvik_int* nsub), NORVIK_SALC_ARGS) {  \
+    guarded([&] {                                                                                  \
+      symmetric_update(true, NORVIK_UPDATE_CALL, 1.0, *nsub, NORVIK_UPDATE_TAIL, salc, salcblock); \
+    });                                                                                            \
+  }
+
+NORVIK_SYM_DAMP_ROUTINE(UPDATERHO_C2_DAMP)
+NORVIK_SYM_DAMP_ROUTINE(UPDATERHO_C2_DAMP_GHQR)
+NORVIK_SYM_DIIS_ROUTINE(UPDATERHO_C2_DIIS)
+NORVIK_SYM_DIIS_ROUTINE(UPDATERHO_C2_DIIS_GHQR)
+NORVIK_SYM_DAMP_ROUTINE(UPDATERHO_B2_DAMP)
+NORVIK_SYM_DAMP_ROUTINE(UPDATERHO_B2_DAMP_GHQR)
+NORVIK_SYM_DIIS_ROUTINE(UPDATERHO_B2_DIIS)
+NORVIK_SYM_DIIS_ROUTINE(UPDATERHO_B2_DIIS_GHQR)
+
+namespace {
+
+void hf_scf_symmetric(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS) {
+  check_nbasis(*nbasis, "HF_SCF");
+  const std::size_t nn = square(*nbasis);
+  scf::ScfSystem system;
+  system.operators = operators(nbasis, S, T, V, northo, X);
+  system.dipints = {dipints, 3 * nn};
+  system.context = context(*nbasis, nshell, shelltab, nshpair, shpair, npair, pairlist, pairmap,
+                           vdiag, vint, thresh, scf::FockBuild::stored);
+  scf::CycleSettings settings;
+  settings.iopt = *iopt;
+  settings.isrc = *isrc;
+  settings.logfile = norvik::io::trim_right(text_in(logfile, kFileNameLength));
+  settings.niter = *niter;
+  settings.damp = *damp;
+  settings.thr_ene = *thr_ene;
+  settings.thr_rms = *thr_rms;
+  settings.e_offset = *e_offset;
+  settings.dip_offset = {dip_offset[0], dip_offset[1], dip_offset[2]};
+  const scf::Salc s = salc_in(*nbasis, salc, salcblock);
+  const scf::ScfArrays arrays{{G, 2 * nn}, {rho, 2 * nn}, {orbitals, 2 * (nn + count(*nbasis))}};
+  const scf::ScfResult r = scf::run_symmetric_scf(system, s, settings, arrays);
+  *energy = r.energy;
+  std::copy(r.dipole.begin(), r.dipole.end(), dipole);
+  *de_final = r.de_final;
+}
+
+void hf_ini_symmetric(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS) {
+  check_nbasis(*nbasis, "HF_Ini");
+  (void)natom;
+  (void)atomrho;
+  const std::size_t nn = square(*nbasis);
+  scf::ScfSystem system;
+  system.operators = operators(nbasis, S, T, V, northo, X);
+  system.dipints = {dipints, 3 * nn};
+  system.context = context(*nbasis, nshell, shelltab, nshpair, shpair, npair, pairlist, pairmap,
+                           vdiag, vint, thresh, scf::FockBuild::stored);
+  scf::StartSettings start;
+  start.mode = *istart;
+  start.counts = {*nalpha, *nbeta};
+  const scf::Salc s = salc_in(*nbasis, salc, salcblock);
+  const scf::ScfArrays arrays{{G, 2 * nn}, {rho, 2 * nn}, {orbitals, 2 * (nn + count(*nbasis))}};
+  const scf::ScfResult r = scf::initialise_symmetric(system, s, start, arrays);
+  *energy = r.energy;
+  std::copy(r.dipole.begin(), r.dipole.end(), dipole);
+}
+
+}  // namespace
+
+extern "C" NORVIK_API void HF_SCF_C2(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS) {
+  guarded([&] { hf_scf_symmetric(NORVIK_HF_SCF_CALL, salc, salcblock); });
+}
+extern "C" NORVIK_API void HF_SCF_B2(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS) {
+  guarded([&] { hf_scf_symmetric(NORVIK_HF_SCF_CALL, salc, salcblock); });
+}
+extern "C" NORVIK_API void HF_INI_C2(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS) {
+  guarded([&] { hf_ini_symmetric(NORVIK_HF_INI_CALL, salc, salcblock); });
+}
+extern "C" NORVIK_API void HF_INI_B2(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS) {
+  guarded([&] { hf_ini_symmetric(NORVIK_HF_INI_CALL, salc, salcblock); });
+}
+
+#define NORVIK_FIND_ROUTINE(NAME, BASIS, SHELL)                                            \
+  extern "C" NORVIK_API void NAME(const norvik_int* z, norvik_int* index) {                \
+    guarded([&] { *index = scf::ns_function_index(BASIS, static_cast<int>(*z), SHELL); }); \
+  }
+
+NORVIK_FIND_ROUTINE(FIND4S_STO3G, "STO-3G", 4)
+NORVIK_FIND_ROUTINE(FIND4S_631G, "6-31G", 4)
+NORVIK_FIND_ROUTINE(FIND5S_STO3G, "STO-3G", 5)
+NORVIK_FIND_ROUTINE(FIND5S_321G, "3-21G", 5)
+NORVIK_FIND_ROUTINE(FIND5S_321GC, "3-21GC", 5)
