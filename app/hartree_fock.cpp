@@ -135,7 +135,11 @@ PointResult run_hartree_fock(const Job& job) {
   double energy = 0.0, dipole[3] = {};
   const norvik_int istart = 1;
   auto ini = result.in_core ? HF_INI : HF_INI_DIRECT;
-  ini(&istart, &job.natom, atomrho.data(), &job.nalpha, &job.nbeta, &n, &northo, X.data(), S.data(),
+  // HF_INI shares out the free-atom densities when its count exceeds 9; the host
+  // always starts from the superposed free atoms, which lands on the ground state
+  // more reliably than the bare one-electron start.
+  const norvik_int patch = 10;
+  ini(&istart, &patch, atomrho.data(), &job.nalpha, &job.nbeta, &n, &northo, X.data(), S.data(),
       T.data(), V.data(), dip.data(), &c.nshell, c.shelltab.data(), &c.nshpair, c.shpair.data(),
       &c.npair, c.pairlist.data(), c.pairmap.data(), c.vdiag.data(), c.vint.data(), &c.thresh,
       G.data(), rho.data(), orbitals.data(), &energy, dipole);
