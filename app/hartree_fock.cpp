@@ -139,10 +139,17 @@ PointResult run_hartree_fock(const Job& job) {
   // always starts from the superposed free atoms, which lands on the ground state
   // more reliably than the bare one-electron start.
   const norvik_int patch = 10;
-  ini(&istart, &patch, atomrho.data(), &job.nalpha, &job.nbeta, &n, &northo, X.data(), S.data(),
-      T.data(), V.data(), dip.data(), &c.nshell, c.shelltab.data(), &c.nshpair, c.shpair.data(),
-      &c.npair, c.pairlist.data(), c.pairmap.data(), c.vdiag.data(), c.vint.data(), &c.thresh,
-      G.data(), rho.data(), orbitals.data(), &energy, dipole);
+  // The electron counts travel in the start density; MAKEINIRHO writes one that
+  // carries exactly the molecule's counts.
+  norvik_int zsum = 0;
+  for (int z : job.zat) zsum += z;
+  MAKEINIRHO(&zsum, &job.charge, &job.multiplicity, &n, rho.data());
+  const double no_offset[3] = {0.0, 0.0, 0.0};
+  ini(&istart, &patch, atomrho.data(), &job.niter[1], &job.damp[1], &job.thr_ene[1],
+      &job.thr_rms[1], &no_offset[0], no_offset, &n, &northo, X.data(), S.data(), T.data(),
+      V.data(), dip.data(), &c.nshell, c.shelltab.data(), &c.nshpair, c.shpair.data(), &c.npair,
+      c.pairlist.data(), c.pairmap.data(), c.vdiag.data(), c.vint.data(), &c.thresh, G.data(),
+      rho.data(), orbitals.data(), &energy, dipole);
 
   double enuc = 0.0, nuclear_dipole[3] = {};
   NUCLEARREP(&job.natom, job.zat.data(), job.pos.data(), &enuc);

@@ -157,30 +157,39 @@ NORVIK_API void HF_SCF_ATOM_DIRECT(NORVIK_HF_SCF_ARGS);
 NORVIK_API void HF_SCF_WOLOG_DIRECT(NORVIK_HF_SCF_ARGS);
 NORVIK_API void HF_SCF_PART_DIRECT(NORVIK_HF_SCF_ARGS);
 
-/* Initialisers (27 arguments): start density, start orbitals and the first G.
+/* Initialisers (31 arguments): start density, start orbitals and the first G.
+ * Arguments 10-29 are those of HF_SCF at the same positions, so a host passes one
+ * set of arrays to both.
  *   1 istart (in): 1 a fresh start; any other value: rescale the supplied rho to
- *     the electron counts (NORMALIZERHO);
- *   2 natom (in): with istart 1 and more than 9 atoms the start is the free-atom
- *     densities (PATCHRHOATOM), otherwise the bare one-electron start;
+ *     its own electron counts (NORMALIZERHO), e.g. the density of the previous
+ *     geometry in the new overlap;
+ *   2 natom (in, a count): with istart 1 and a count above 9 the start is the
+ *     free-atom densities (PATCHRHOATOM), otherwise the bare one-electron start;
  *   3 atomrho (in, (n, n, 2)): free-atom densities from ATOMS (read only in the
  *     PATCHRHOATOM branch);
- *   4 nalpha, 5 nbeta (in): electron counts;
- *   6 nbasis; 7 northo; 8 X; 9 S; 10 T; 11 V; 12 dipints; 13–22 the context;
- *   23 G (out); 24 rho (in-out); 25 orbitals (in-out: written by the bare start);
- *   26 energy (out, electronic energy of the start, eV); 27 dipole (out, 3).
- * The bare start clears G and makes one UPDATERHO_DAMP with damping 1.0 from a
- * density that only carries the counts, i.e. from the Fock matrix T + V.
- * HF_INI_MOLE is HF_INI; HF_INI_NOINT always makes the bare start; HF_INI_ATOM
- * the free-atom start (MAKEINIRHO, UPDATERHOA_DAMP); _DIRECT members build G
+ *   4 niter, 5 damp, 6 thr_ene, 7 thr_rms, 8 e_offset, 9 dip_offset (3): the SCF
+ *     settings of HF_SCF's arguments 4-9; an initialiser makes no cycle and reads
+ *     none of them;
+ *   10 nbasis; 11 northo; 12 X; 13 S; 14 T; 15 V; 16 dipints; 17-26 the context;
+ *   27 G (out); 28 rho (in-out); 29 orbitals (in-out: written by the bare start);
+ *   30 energy (out, electronic energy of the start, eV); 31 dipole (out, 3).
+ * The electron counts of each spin are those of the incoming rho, the nearest
+ * integers of Tr(rho_s S), as every density update counts them: a host starts a
+ * molecule with MAKEINIRHO(zsum, charge, multiplicity, nbasis, rho), whose density
+ * carries exactly the counts.  The bare start clears G and makes one
+ * UPDATERHO_DAMP with damping 1.0 from that density, i.e. from the Fock matrix
+ * T + V.  HF_INI_MOLE is HF_INI; HF_INI_NOINT always makes the bare start;
+ * HF_INI_ATOM the free-atom start (UPDATERHOA_DAMP); _DIRECT members build G
  * integral-direct. */
-#define NORVIK_HF_INI_ARGS                                                                      \
-  const norvik_int *istart, const norvik_int *natom, const double *atomrho,                     \
-      const norvik_int *nalpha, const norvik_int *nbeta, const norvik_int *nbasis,              \
-      const norvik_int *northo, const double *X, const double *S, const double *T,              \
-      const double *V, const double *dipints, const norvik_int *nshell, const double *shelltab, \
-      const norvik_int *nshpair, const norvik_int *shpair, const norvik_int *npair,             \
-      const norvik_int *pairlist, const norvik_int *pairmap, const double *vdiag, double *vint, \
-      const double *thresh, double *G, double *rho, double *orbitals, double *energy,           \
+#define NORVIK_HF_INI_ARGS                                                                       \
+  const norvik_int *istart, const norvik_int *natom, const double *atomrho,                      \
+      const norvik_int *niter, const double *damp, const double *thr_ene, const double *thr_rms, \
+      const double *e_offset, const double *dip_offset, const norvik_int *nbasis,                \
+      const norvik_int *northo, const double *X, const double *S, const double *T,               \
+      const double *V, const double *dipints, const norvik_int *nshell, const double *shelltab,  \
+      const norvik_int *nshpair, const norvik_int *shpair, const norvik_int *npair,              \
+      const norvik_int *pairlist, const norvik_int *pairmap, const double *vdiag, double *vint,  \
+      const double *thresh, double *G, double *rho, double *orbitals, double *energy,            \
       double *dipole
 NORVIK_API void HF_INI(NORVIK_HF_INI_ARGS);
 NORVIK_API void HF_INI_MOLE(NORVIK_HF_INI_ARGS);

@@ -50,6 +50,13 @@ ConstMatrixView matrix(const double* p, norvik_int n) {
   return {p, n, n, n};
 }
 
+// The electron counts that a density pair carries, as the density update counts
+// them: the nearest integers of Tr(rho_s S).
+norvik::setup::ElectronCount counts_of(norvik_int n, const double* S, const double* rho) {
+  return {scf::electron_count(matrix(rho, n), matrix(S, n)),
+          scf::electron_count(matrix(rho + square(n), n), matrix(S, n))};
+}
+
 // A basis size below one is refused before any array is touched.
 void check_nbasis(norvik_int n, std::string_view routine) {
   if (n < 1) {
@@ -322,7 +329,12 @@ void hf_scf(const DriverCall& call, NORVIK_HF_SCF_ARGS) {
   *de_final = r.de_final;
 }
 
+// The SCF settings that an initialiser takes at HF_SCF's positions and reads not.
+void unread_settings(const norvik_int*, const double*, const double*, const double*, const double*,
+                     const double*) {}
+
 void hf_ini(const InitCall& call, NORVIK_HF_INI_ARGS) {
+  unread_settings(niter, damp, thr_ene, thr_rms, e_offset, dip_offset);
   check_nbasis(*nbasis, "HF_Ini");
   const std::size_t nn = square(*nbasis);
   scf::ScfSystem system;
@@ -336,7 +348,7 @@ void hf_ini(const InitCall& call, NORVIK_HF_INI_ARGS) {
   start.natom = *natom;
   start.atomic = {
       atomrho, start.kind == scf::StartKind::standard && *istart == 1 && *natom > 9 ? 2 * nn : 0};
-  start.counts = {*nalpha, *nbeta};
+  start.counts = counts_of(*nbasis, S, rho);
   start.build = call.build;
   const scf::ScfArrays arrays{{G, 2 * nn}, {rho, 2 * nn}, {orbitals, 2 * (nn + count(*nbasis))}};
   const scf::ScfResult r = scf::initialise(system, start, arrays);
@@ -370,10 +382,10 @@ NORVIK_HF_SCF_ROUTINE(HF_SCF_ATOM_DIRECT, true, true, atomic, direct)
 NORVIK_HF_SCF_ROUTINE(HF_SCF_WOLOG_DIRECT, false, true, aufbau, direct)
 NORVIK_HF_SCF_ROUTINE(HF_SCF_PART_DIRECT, false, false, aufbau, direct)
 
-#define NORVIK_HF_INI_CALL                                                                      \
-  istart, natom, atomrho, nalpha, nbeta, nbasis, northo, X, S, T, V, dipints, nshell, shelltab, \
-      nshpair, shpair, npair, pairlist, pairmap, vdiag, vint, thresh, G, rho, orbitals, energy, \
-      dipole
+#define NORVIK_HF_INI_CALL                                                                     \
+  istart, natom, atomrho, niter, damp, thr_ene, thr_rms, e_offset, dip_offset, nbasis, northo, \
+      X, S, T, V, dipints, nshell, shelltab, nshpair, shpair, npair, pairlist, pairmap, vdiag, \
+      vint, thresh, G, rho, orbitals, energy, dipole
 
 #define NORVIK_HF_INI_ROUTINE(NAME, KIND, BUILD)                                                 \
   extern "C" NORVIK_API void NAME(NORVIK_HF_INI_ARGS) {                                          \
@@ -574,6 +586,7 @@ void hf_scf_symmetric(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS) {
 }
 
 void hf_ini_symmetric(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS) {
+  unread_settings(niter, damp, thr_ene, thr_rms, e_offset, dip_offset);
   check_nbasis(*nbasis, "HF_Ini");
   (void)natom;
   (void)atomrho;
@@ -585,7 +598,7 @@ void hf_ini_symmetric(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS) {
                            vdiag, vint, thresh, scf::FockBuild::stored);
   scf::StartSettings start;
   start.mode = *istart;
-  start.counts = {*nalpha, *nbeta};
+  start.counts = counts_of(*nbasis, S, rho);
   const scf::Salc s = salc_in(*nbasis, salc, salcblock);
   const scf::ScfArrays arrays{{G, 2 * nn}, {rho, 2 * nn}, {orbitals, 2 * (nn + count(*nbasis))}};
   const scf::ScfResult r = scf::initialise_symmetric(system, s, start, arrays);

@@ -108,15 +108,19 @@ TEST(Abi, FreeAtomsOfAmmonia) {
 TEST(Abi, InitialiserAndDriverOnTheHostsArrays) {
   testing::Fixture f(testing::hydroxyl(), "STO-3G");
   const auto& ctx = f.prepared.context;
-  const norvik_int n = f.n, northo = f.prepared.northo, natom = 2, istart = 1, na = 5, nb = 4;
+  const norvik_int n = f.n, northo = f.prepared.northo, natom = 2, istart = 1;
   const norvik_int nshell = ctx.nshell, nshpair = static_cast<norvik_int>(ctx.shpair.size() / 2),
                    npair = ctx.npair;
   std::vector<double> vint = ctx.vint;
   const double thresh = 0.0;
   std::vector<double> atomrho(2 * n * n), e_ini(1), dip_ini(3);
   const auto& p = f.prepared;
-  HF_INI(&istart, &natom, atomrho.data(), &na, &nb, &n, &northo, p.x.data(), p.s.data(), p.t.data(),
-         p.v.data(), p.dip.data(), &nshell, ctx.shelltab.data(), &nshpair, ctx.shpair.data(),
+  // The counts travel in the density: OH has 9 electrons, a doublet (5 alpha, 4 beta).
+  const norvik_int zsum = 9, charge = 0, mult = 2, unused_niter = 0;
+  const double unused = 0.0, unused3[3] = {0, 0, 0};
+  MAKEINIRHO(&zsum, &charge, &mult, &n, f.rho.data());
+  HF_INI(&istart, &natom, atomrho.data(), &unused_niter, &unused, &unused, &unused, &unused,
+         unused3, &n, &northo, p.x.data(), p.s.data(), p.t.data(), p.v.data(), p.dip.data(), &nshell, ctx.shelltab.data(), &nshpair, ctx.shpair.data(),
          &npair, ctx.pairlist.data(), ctx.pairmap.data(), ctx.vdiag.data(), vint.data(), &thresh,
          f.g.data(), f.rho.data(), f.orbitals.data(), e_ini.data(), dip_ini.data());
 

@@ -302,7 +302,7 @@ TEST(SymmetryAbi, HostCallsGiveTheCoreResult) {
   Fixture f(c, "STO-3G");
   const auto& ctx = f.prepared.context;
   const auto& p = f.prepared;
-  const norvik_int n = f.n, northo = p.northo, natom = 2, istart = 1, na = 6, nb = 4;
+  const norvik_int n = f.n, northo = p.northo, natom = 2, istart = 1;
   const norvik_int zat[2] = {5, 5};
   std::vector<double> salc(static_cast<std::size_t>(n) * n);
   std::vector<norvik_int> block(9);
@@ -318,7 +318,12 @@ TEST(SymmetryAbi, HostCallsGiveTheCoreResult) {
   std::vector<double> vint = ctx.vint, atomrho(2 * static_cast<std::size_t>(n) * n), dip0(3);
   const double thresh = 0.0;
   double e0 = 0;
-  HF_INI_B2(&istart, &natom, atomrho.data(), &na, &nb, &n, &northo, p.x.data(), p.s.data(),
+  // B2 triplet: 10 electrons, 6 alpha and 4 beta, carried by the start density.
+  const norvik_int zsum = 10, charge = 0, mult = 3, unused_niter = 0;
+  const double unused = 0.0, unused3[3] = {0, 0, 0};
+  MAKEINIRHO(&zsum, &charge, &mult, &n, f.rho.data());
+  HF_INI_B2(&istart, &natom, atomrho.data(), &unused_niter, &unused, &unused, &unused, &unused,
+            unused3, &n, &northo, p.x.data(), p.s.data(),
             p.t.data(), p.v.data(), p.dip.data(), &nshell, ctx.shelltab.data(), &nshpair,
             ctx.shpair.data(), &npair, ctx.pairlist.data(), ctx.pairmap.data(), ctx.vdiag.data(),
             vint.data(), &thresh, f.g.data(), f.rho.data(), f.orbitals.data(), &e0, dip0.data(),
