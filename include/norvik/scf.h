@@ -230,7 +230,7 @@ NORVIK_API void HF_INI_NOINT_DIRECT(NORVIK_HF_INI_ARGS);
  *   ones, each in ascending order of level (plain ascending order whenever the
  *   configuration is the aufbau one).
  * HF_SCF_C2/_B2 take the 32 arguments of HF_SCF followed by salc and
- *   salcblock; HF_INI_C2/_B2 the 27 arguments of HF_INI followed by salc and
+ *   salcblock; HF_INI_C2/_B2 the 31 arguments of HF_INI followed by salc and
  *   salcblock (their bare start makes one symmetric damped step). */
 NORVIK_API void MAKESALC(const char* basis, const norvik_int* natom, const norvik_int* zat,
                          const double* pos, const norvik_int* nbasis, double* salc,
