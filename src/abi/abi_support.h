@@ -30,6 +30,9 @@ inline std::string_view text_in(const char* buffer, int length) {
 // Stores text into a blank-padded buffer of `length` characters (cut if longer).
 void text_out(char* buffer, int length, std::string_view text);
 
+// Appends lines to the report or log file named by a 120-character buffer.
+void append_to(const char* file, const std::vector<std::string>& lines);
+
 // Prints the lines of a fatal error on standard output and ends the process
 // with exit status 1.  Files opened by the core are already closed by then: the
 // core holds them in scoped objects that the unwinding has destroyed.

@@ -15,10 +15,7 @@ using norvik::abi::guarded;
 using norvik::abi::kFileNameLength;
 using norvik::abi::text_in;
 namespace report = norvik::report;
-
-void append(const char* file, const report::Lines& lines) {
-  norvik::io::append_lines(text_in(file, kFileNameLength), lines);
-}
+using norvik::abi::append_to;
 
 std::size_t count(norvik_int n) {
   return static_cast<std::size_t>(n > 0 ? n : 0);
@@ -38,24 +35,24 @@ extern "C" NORVIK_API void WRITE_ENERGY_ATOM(const norvik_int* natom, const norv
                                              const char* r) {
   guarded([&] {
     const std::size_t na = count(*natom);
-    append(r, report::energy_atoms({zat, na}, {zel, na}, {eatom, na}));
+    append_to(r, report::energy_atoms({zat, na}, {zel, na}, {eatom, na}));
   });
 }
 
 extern "C" NORVIK_API void WRITE_ENERGY_MOL(const double* eelec, const double* enuc,
                                             const double* eatoms, const char* r) {
-  guarded([&] { append(r, report::energy_molecule(*eelec, *enuc, *eatoms)); });
+  guarded([&] { append_to(r, report::energy_molecule(*eelec, *enuc, *eatoms)); });
 }
 
 extern "C" NORVIK_API void WRITE_EMOL(const double* emol, const double* de_final, const char* r) {
-  guarded([&] { append(r, report::energy_scf(*emol, *de_final)); });
+  guarded([&] { append_to(r, report::energy_scf(*emol, *de_final)); });
 }
 
 extern "C" NORVIK_API void WRITE_LEVELS(const norvik_int* nbasis, const norvik_int* nlevel,
                                         const norvik_int* nalpha, const norvik_int* nbeta,
                                         const double* orbitals, const char* r) {
   guarded([&] {
-    append(r, report::levels(spin_levels(orbitals, *nbasis, 0), spin_levels(orbitals, *nbasis, 1),
+    append_to(r, report::levels(spin_levels(orbitals, *nbasis, 0), spin_levels(orbitals, *nbasis, 1),
                              *nlevel, *nalpha, *nbeta));
   });
 }
@@ -64,18 +61,18 @@ extern "C" NORVIK_API void WRITE_OCCUPY(const norvik_int* nbasis, const norvik_i
                                         const norvik_int* nalpha, const norvik_int* nbeta,
                                         const double* orbitals, const char* r) {
   guarded([&] {
-    append(r, report::occupation(spin_levels(orbitals, *nbasis, 0),
+    append_to(r, report::occupation(spin_levels(orbitals, *nbasis, 0),
                                  spin_levels(orbitals, *nbasis, 1), *northo, *nalpha, *nbeta));
   });
 }
 
 extern "C" NORVIK_API void WRITE_EDM(const double* dipole, const char* r) {
-  guarded([&] { append(r, report::dipole({dipole[0], dipole[1], dipole[2]})); });
+  guarded([&] { append_to(r, report::dipole({dipole[0], dipole[1], dipole[2]})); });
 }
 
 extern "C" NORVIK_API void WRITE_DEPEND(const norvik_int* nbasis, const norvik_int* northo,
                                         const double* thr_orth, const char* r) {
-  guarded([&] { append(r, report::dependence(*nbasis, *northo, *thr_orth)); });
+  guarded([&] { append_to(r, report::dependence(*nbasis, *northo, *thr_orth)); });
 }
 
 extern "C" NORVIK_API void WRITE_SPINCONTAMI(const norvik_int* nbasis, const double* S,
@@ -90,6 +87,6 @@ extern "C" NORVIK_API void WRITE_SPINCONTAMI(const norvik_int* nbasis, const dou
     const int na = norvik::scf::electron_count({rho, n, n, n}, s);
     const int nb = norvik::scf::electron_count({rho + nn, n, n, n}, s);
     const double sz = 0.5 * (na - nb);
-    append(r, report::spin_contamination(s2, sz * (sz + 1.0)));
+    append_to(r, report::spin_contamination(s2, sz * (sz + 1.0)));
   });
 }
