@@ -106,6 +106,18 @@ struct UpdateCall {
   scf::Solver solver = scf::Solver::dispatch;
 };
 
+// The update's arrays on the host's memory.
+scf::StepArrays step_arrays(norvik_int nbasis, const double* G, double* fockhist, double* errhist,
+                            double* scratch, double* rho, double* orbitals) {
+  const std::size_t nn = square(nbasis);
+  return {{G, 2 * nn},
+          {fockhist, 2 * scf::kHistorySlots * nn},
+          {errhist, 2 * scf::kHistorySlots * nn},
+          {scratch, 2 * nn},
+          {rho, 2 * nn},
+          {orbitals, 2 * (nn + count(nbasis))}};
+}
+
 void update(const UpdateCall& call, const norvik_int* nbasis, const double* S, const double* T,
             const double* V, const double* G, const norvik_int* northo, const double* X,
             double damp, int nsub, double* fockhist, double* errhist, double* scratch, double* rho,
@@ -113,14 +125,7 @@ void update(const UpdateCall& call, const norvik_int* nbasis, const double* S, c
   check_nbasis(*nbasis, "updaterho");
   scf::Operators op = operators(nbasis, S, T, V, northo, X);
   op.solver = call.solver;
-  const std::size_t nn = square(*nbasis);
-  const std::size_t n = count(*nbasis);
-  const scf::StepArrays arrays{{G, 2 * nn},
-                               {fockhist, 2 * scf::kHistorySlots * nn},
-                               {errhist, 2 * scf::kHistorySlots * nn},
-                               {scratch, 2 * nn},
-                               {rho, 2 * nn},
-                               {orbitals, 2 * (nn + n)}};
+  const scf::StepArrays arrays = step_arrays(*nbasis, G, fockhist, errhist, scratch, rho, orbitals);
   scf::Workspace work(*nbasis);
   const scf::StepResult r = call.diis ? scf::diis_step(op, nsub, arrays, call.occupation, work)
                                       : scf::damped_step(op, damp, arrays, call.occupation, work);
@@ -135,11 +140,13 @@ struct DriverCall {
   bool dipole = true;
   scf::Occupation occupation = scf::Occupation::aufbau;
   scf::FockBuild build = scf::FockBuild::stored;
+  const scf::Salc* salc = nullptr;  // the symmetry-restricted C2/B2 members
 };
 
 struct InitCall {
   scf::StartKind kind = scf::StartKind::standard;
   scf::FockBuild build = scf::FockBuild::stored;
+  const scf::Salc* salc = nullptr;  // the symmetry-restricted C2/B2 members
 };
 
 }  // namespace
@@ -323,7 +330,8 @@ void hf_scf(const DriverCall& call, NORVIK_HF_SCF_ARGS) {
   settings.build = call.build;
   settings.damped_occupation = call.occupation;
   const scf::ScfArrays arrays{{G, 2 * nn}, {rho, 2 * nn}, {orbitals, 2 * (nn + count(*nbasis))}};
-  const scf::ScfResult r = scf::run_scf(system, settings, arrays);
+  const scf::ScfResult r = call.salc ? scf::run_symmetric_scf(system, *call.salc, settings, arrays)
+                                     : scf::run_scf(system, settings, arrays);
   *energy = r.energy;
   std::copy(r.dipole.begin(), r.dipole.end(), dipole);
   *de_final = r.de_final;
@@ -351,7 +359,8 @@ void hf_ini(const InitCall& call, NORVIK_HF_INI_ARGS) {
   start.counts = counts_of(*nbasis, S, rho);
   start.build = call.build;
   const scf::ScfArrays arrays{{G, 2 * nn}, {rho, 2 * nn}, {orbitals, 2 * (nn + count(*nbasis))}};
-  const scf::ScfResult r = scf::initialise(system, start, arrays);
+  const scf::ScfResult r = call.salc ? scf::initialise_symmetric(system, *call.salc, start, arrays)
+                                     : scf::initialise(system, start, arrays);
   *energy = r.energy;
   std::copy(r.dipole.begin(), r.dipole.end(), dipole);
 }
@@ -382,10 +391,10 @@ NORVIK_HF_SCF_ROUTINE(HF_SCF_ATOM_DIRECT, true, true, atomic, direct)
 NORVIK_HF_SCF_ROUTINE(HF_SCF_WOLOG_DIRECT, false, true, aufbau, direct)
 NORVIK_HF_SCF_ROUTINE(HF_SCF_PART_DIRECT, false, false, aufbau, direct)
 
-#define NORVIK_HF_INI_CALL                                                                     \
-  istart, natom, atomrho, niter, damp, thr_ene, thr_rms, e_offset, dip_offset, nbasis, northo, \
-      X, S, T, V, dipints, nshell, shelltab, nshpair, shpair, npair, pairlist, pairmap, vdiag, \
-      vint, thresh, G, rho, orbitals, energy, dipole
+#define NORVIK_HF_INI_CALL                                                                        \
+  istart, natom, atomrho, niter, damp, thr_ene, thr_rms, e_offset, dip_offset, nbasis, northo, X, \
+      S, T, V, dipints, nshell, shelltab, nshpair, shpair, npair, pairlist, pairmap, vdiag, vint, \
+      thresh, G, rho, orbitals, energy, dipole
 
 #define NORVIK_HF_INI_ROUTINE(NAME, KIND, BUILD)                                                 \
   extern "C" NORVIK_API void NAME(NORVIK_HF_INI_ARGS) {                                          \
@@ -518,14 +527,7 @@ void symmetric_update(bool diis, const norvik_int* nbasis, const double* S, cons
   }
   const scf::Operators op = operators(nbasis, S, T, V, northo, X);
   const scf::Salc s = salc_in(*nbasis, salc, salcblock);
-  const std::size_t nn = square(*nbasis);
-  const std::size_t n = count(*nbasis);
-  const scf::StepArrays arrays{{G, 2 * nn},
-                               {fockhist, 2 * scf::kHistorySlots * nn},
-                               {errhist, 2 * scf::kHistorySlots * nn},
-                               {scratch, 2 * nn},
-                               {rho, 2 * nn},
-                               {orbitals, 2 * (nn + n)}};
+  const scf::StepArrays arrays = step_arrays(*nbasis, G, fockhist, errhist, scratch, rho, orbitals);
   scf::Workspace work(*nbasis);
   const scf::StepResult r = diis ? scf::symmetric_diis_step(op, s, nsub, arrays, work)
                                  : scf::symmetric_damped_step(op, s, damp, arrays, work);
@@ -561,49 +563,18 @@ namespace {
 
 void hf_scf_symmetric(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS) {
   check_nbasis(*nbasis, "HF_SCF");
-  const std::size_t nn = square(*nbasis);
-  scf::ScfSystem system;
-  system.operators = operators(nbasis, S, T, V, northo, X);
-  system.dipints = {dipints, 3 * nn};
-  system.context = context(*nbasis, nshell, shelltab, nshpair, shpair, npair, pairlist, pairmap,
-                           vdiag, vint, thresh, scf::FockBuild::stored);
-  scf::CycleSettings settings;
-  settings.iopt = *iopt;
-  settings.isrc = *isrc;
-  settings.logfile = norvik::io::trim_right(text_in(logfile, kFileNameLength));
-  settings.niter = *niter;
-  settings.damp = *damp;
-  settings.thr_ene = *thr_ene;
-  settings.thr_rms = *thr_rms;
-  settings.e_offset = *e_offset;
-  settings.dip_offset = {dip_offset[0], dip_offset[1], dip_offset[2]};
   const scf::Salc s = salc_in(*nbasis, salc, salcblock);
-  const scf::ScfArrays arrays{{G, 2 * nn}, {rho, 2 * nn}, {orbitals, 2 * (nn + count(*nbasis))}};
-  const scf::ScfResult r = scf::run_symmetric_scf(system, s, settings, arrays);
-  *energy = r.energy;
-  std::copy(r.dipole.begin(), r.dipole.end(), dipole);
-  *de_final = r.de_final;
+  DriverCall call;
+  call.salc = &s;
+  hf_scf(call, NORVIK_HF_SCF_CALL);
 }
 
 void hf_ini_symmetric(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS) {
-  unread_settings(niter, damp, thr_ene, thr_rms, e_offset, dip_offset);
   check_nbasis(*nbasis, "HF_Ini");
-  (void)natom;
-  (void)atomrho;
-  const std::size_t nn = square(*nbasis);
-  scf::ScfSystem system;
-  system.operators = operators(nbasis, S, T, V, northo, X);
-  system.dipints = {dipints, 3 * nn};
-  system.context = context(*nbasis, nshell, shelltab, nshpair, shpair, npair, pairlist, pairmap,
-                           vdiag, vint, thresh, scf::FockBuild::stored);
-  scf::StartSettings start;
-  start.mode = *istart;
-  start.counts = counts_of(*nbasis, S, rho);
   const scf::Salc s = salc_in(*nbasis, salc, salcblock);
-  const scf::ScfArrays arrays{{G, 2 * nn}, {rho, 2 * nn}, {orbitals, 2 * (nn + count(*nbasis))}};
-  const scf::ScfResult r = scf::initialise_symmetric(system, s, start, arrays);
-  *energy = r.energy;
-  std::copy(r.dipole.begin(), r.dipole.end(), dipole);
+  InitCall call;
+  call.salc = &s;
+  hf_ini(call, NORVIK_HF_INI_CALL);
 }
 
 }  // namespace

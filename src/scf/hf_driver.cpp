@@ -84,7 +84,8 @@ void fock_build(const ScfSystem& system, FockBuild build, std::span<const double
   }
 }
 
-ScfResult run_scf(const ScfSystem& system, const CycleSettings& settings, const ScfArrays& arrays) {
+ScfResult run_cycles(const ScfSystem& system, const CycleSettings& settings,
+                     const ScfArrays& arrays, const DensityStep& step) {
   check_sizes(system, arrays);
   ScfResult result;
   if (settings.niter <= 0) {
@@ -104,22 +105,13 @@ ScfResult run_scf(const ScfSystem& system, const CycleSettings& settings, const 
   const int ndamp = std::min(settings.niter, kDampedCycles);
   double previous_energy = 0.0;
   for (int iscf = 1; iscf <= settings.niter; ++iscf) {
-    StepResult step;
-    if (iscf == 1) {
-      step =
-          damped_step(system.operators, 1.0, step_arrays, settings.damped_occupation, blocks.work);
-    } else if (iscf <= ndamp) {
-      step = damped_step(system.operators, settings.damp, step_arrays, settings.damped_occupation,
-                         blocks.work);
-    } else {
-      step =
-          diis_step(system.operators, kDiisSubspace, step_arrays, Occupation::aufbau, blocks.work);
-    }
+    const StepResult update =
+        step(iscf > ndamp, iscf == 1 ? 1.0 : settings.damp, step_arrays, blocks.work);
     fock_build(system, settings.build, arrays.rho, previous, arrays.g);
     result.energy = energy_of(system, arrays);
     result.dipole = dipole_of(system, settings.with_dipole, arrays.rho);
-    result.rmsd = step.rmsd;
-    result.comm2 = step.comm2;
+    result.rmsd = update.rmsd;
+    result.comm2 = update.comm2;
     result.cycles = iscf;
     if (log) {
       const Vec3& mu = result.dipole;
@@ -128,11 +120,11 @@ ScfResult run_scf(const ScfSystem& system, const CycleSettings& settings, const 
           io::trim_right(settings.logfile),
           {report::log_cycle_line(
               settings.iopt, settings.isrc, iscf, result.energy + settings.e_offset,
-              {mu[0] + off[0], mu[1] + off[1], mu[2] + off[2]}, step.rmsd, step.comm2)});
+              {mu[0] + off[0], mu[1] + off[1], mu[2] + off[2]}, update.rmsd, update.comm2)});
     }
     if (iscf >= 2) {
       result.de_final = std::abs(result.energy - previous_energy);
-      if (settings.thr_ene > result.de_final && settings.thr_rms > step.rmsd) {
+      if (settings.thr_ene > result.de_final && settings.thr_rms > update.rmsd) {
         result.converged = true;
         break;
       }
@@ -140,6 +132,15 @@ ScfResult run_scf(const ScfSystem& system, const CycleSettings& settings, const 
     previous_energy = result.energy;
   }
   return result;
+}
+
+ScfResult run_scf(const ScfSystem& system, const CycleSettings& settings, const ScfArrays& arrays) {
+  const Operators& op = system.operators;
+  return run_cycles(system, settings, arrays,
+                    [&](bool diis, double damping, const StepArrays& a, Workspace& work) {
+                      return diis ? diis_step(op, kDiisSubspace, a, Occupation::aufbau, work)
+                                  : damped_step(op, damping, a, settings.damped_occupation, work);
+                    });
 }
 
 ScfResult initialise(const ScfSystem& system, const StartSettings& settings,

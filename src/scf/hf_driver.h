@@ -15,6 +15,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <span>
 #include <string_view>
 
@@ -74,6 +75,17 @@ struct ScfResult {
 // The SCF cycle: cycle 1 undamped, damping through cycle 8, DIIS after, until
 // |ΔE| < thr_ene and rmsd < thr_rms (both strict) or niter cycles are made.
 ScfResult run_scf(const ScfSystem& system, const CycleSettings& settings, const ScfArrays& arrays);
+
+// The density update of one cycle: a DIIS step when `diis`, otherwise a step
+// damped with `damping` (1.0 in cycle 1).
+using DensityStep =
+    std::function<StepResult(bool diis, double damping, const StepArrays& arrays, Workspace& work)>;
+
+// The cycle shared by every driver (the plain and the symmetry-restricted
+// updates): work blocks, Fock build, energy, dipole, log line and the
+// convergence test around the given density update.
+ScfResult run_cycles(const ScfSystem& system, const CycleSettings& settings,
+                     const ScfArrays& arrays, const DensityStep& step);
 
 // How an initialiser starts.
 enum class StartKind {

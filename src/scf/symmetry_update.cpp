@@ -10,10 +10,8 @@
 #include "basis/library.h"
 #include "common/error.h"
 #include "common/fortran_format.h"
-#include "common/text_file.h"
 #include "linalg/kernels.h"
 #include "linalg/roothaan.h"
-#include "report/sections.h"
 #include "scf/start_density.h"
 
 namespace norvik::scf {
@@ -296,8 +294,7 @@ int ns_function_index(std::string_view basis, int z, int n) {
       ++position;
       // The outer part of a split valence shell is a single primitive; every
       // contracted s function opens the next shell 1s, 2s, … .
-      if (shell.functions[static_cast<std::size_t>(k)].L == 0 && shell.nprim > 1 &&
-          ++s_seen == n) {
+      if (shell.functions[static_cast<std::size_t>(k)].L == 0 && shell.nprim > 1 && ++s_seen == n) {
         return position;
       }
     }
@@ -385,62 +382,11 @@ Irrep orbital_block(const Salc& salc, std::span<const double> orbital) {
 ScfResult run_symmetric_scf(const ScfSystem& system, const Salc& salc,
                             const CycleSettings& settings, const ScfArrays& arrays) {
   const Operators& op = system.operators;
-  const int n = op.nbasis;
-  const std::size_t nn = square(n);
-  ScfResult result;
-  auto energy = [&] { return electronic_energy(op.t, op.v, arrays.g, arrays.rho); };
-  auto dipole = [&]() -> Vec3 {
-    if (!settings.with_dipole || system.dipints.size() < 3 * nn) return {};
-    return electronic_dipole(n, system.dipints, arrays.rho);
-  };
-  if (settings.niter <= 0) {
-    result.energy = energy();
-    result.dipole = dipole();
-    return result;
-  }
-  std::vector<double> fock_history(2 * kHistorySlots * nn), error_history(2 * kHistorySlots * nn),
-      scratch(2 * nn);
-  Workspace work(n);
-  const StepArrays step_arrays{arrays.g, fock_history, error_history,
-                               scratch,  arrays.rho,   arrays.orbitals};
-  std::vector<double> previous;
-  if (settings.build == FockBuild::direct)
-    previous.assign(arrays.rho.begin(), arrays.rho.begin() + static_cast<std::ptrdiff_t>(2 * nn));
-  const bool log = settings.write_log && !io::trim_right(settings.logfile).empty();
-  const int ndamp = std::min(settings.niter, kDampedCycles);
-  double previous_energy = 0.0;
-  for (int iscf = 1; iscf <= settings.niter; ++iscf) {
-    StepResult step;
-    if (iscf <= ndamp) {
-      step = symmetric_damped_step(op, salc, iscf == 1 ? 1.0 : settings.damp, step_arrays, work);
-    } else {
-      step = symmetric_diis_step(op, salc, kHistorySlots, step_arrays, work);
-    }
-    fock_build(system, settings.build, arrays.rho, previous, arrays.g);
-    result.energy = energy();
-    result.dipole = dipole();
-    result.rmsd = step.rmsd;
-    result.comm2 = step.comm2;
-    result.cycles = iscf;
-    if (log) {
-      const Vec3& mu = result.dipole;
-      const Vec3& off = settings.dip_offset;
-      io::append_lines(
-          io::trim_right(settings.logfile),
-          {report::log_cycle_line(
-              settings.iopt, settings.isrc, iscf, result.energy + settings.e_offset,
-              {mu[0] + off[0], mu[1] + off[1], mu[2] + off[2]}, step.rmsd, step.comm2)});
-    }
-    if (iscf >= 2) {
-      result.de_final = std::abs(result.energy - previous_energy);
-      if (settings.thr_ene > result.de_final && settings.thr_rms > step.rmsd) {
-        result.converged = true;
-        break;
-      }
-    }
-    previous_energy = result.energy;
-  }
-  return result;
+  return run_cycles(system, settings, arrays,
+                    [&](bool diis, double damping, const StepArrays& a, Workspace& work) {
+                      return diis ? symmetric_diis_step(op, salc, kHistorySlots, a, work)
+                                  : symmetric_damped_step(op, salc, damping, a, work);
+                    });
 }
 
 ScfResult initialise_symmetric(const ScfSystem& system, const Salc& salc,
