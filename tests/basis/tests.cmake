@@ -19,6 +19,7 @@ if(NORVIK_SYSTEM_PYTHON AND EXISTS ${NORVIK_BASIS_DATA_DIR})
     COMMAND ${CMAKE_COMMAND} -DPYTHON=${NORVIK_SYSTEM_PYTHON} -DSOURCE=${PROJECT_SOURCE_DIR}
             -DDATA=${NORVIK_BASIS_DATA_DIR} -DOUT=${CMAKE_CURRENT_BINARY_DIR}/basis_regenerated
             -P ${CMAKE_CURRENT_LIST_DIR}/regenerate.cmake)
+  set_tests_properties(basis_tables_regenerate PROPERTIES LABELS generator)
 else()
   message(STATUS "basis: no published data at ${NORVIK_BASIS_DATA_DIR}; regeneration test skipped")
 endif()

@@ -1,6 +1,6 @@
-# Regenerates the Rys tables and root/weight vectors (WHAT=tables) or the
-# reference integral vectors (WHAT=reference) into WORK_DIR and compares them
-# byte for byte with the committed files.  Run by ctest (see tests.cmake).
+# Regenerates the integrals tables and the Rys root/weight vectors (WHAT=tables)
+# or the reference integral vectors (WHAT=reference) into WORK_DIR and compares
+# them byte for byte with the committed files.  Run by ctest (see tests.cmake).
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR})
 
@@ -20,10 +20,11 @@ function(same generated committed)
 endfunction()
 
 if(WHAT STREQUAL "tables")
-  run(${SOURCE_DIR}/tools/rys/generate.py --output-dir ${WORK_DIR})
-  run(${SOURCE_DIR}/tools/rys/generate.py --vectors ${WORK_DIR}/rys_roots.txt)
-  same(${WORK_DIR}/rysgrid.h ${SOURCE_DIR}/src/integrals/generated/rysgrid.h)
-  same(${WORK_DIR}/rysgrid.cpp ${SOURCE_DIR}/src/integrals/generated/rysgrid.cpp)
+  run(${SOURCE_DIR}/tools/integrals/generate.py --output-dir ${WORK_DIR})
+  run(${SOURCE_DIR}/tools/integrals/generate.py --vectors ${WORK_DIR}/rys_roots.txt)
+  foreach(name rysgrid.h rysgrid.cpp boys_table.h)
+    same(${WORK_DIR}/${name} ${SOURCE_DIR}/src/integrals/generated/${name})
+  endforeach()
   same(${WORK_DIR}/rys_roots.txt ${SOURCE_DIR}/tests/rys/data/rys_roots.txt)
 else()
   run(${SOURCE_DIR}/tools/reference/reference_integrals.py --output-dir ${WORK_DIR})

@@ -1,5 +1,14 @@
 // The Boys function F_nu(T) = integral_0^1 t^(2 nu) exp(-T t^2) dt as a table
 // F_0 ... F_numax, the radial factor of every nuclear-attraction integral.
+//
+// This is one of two Boys functions in the library.  This one is the exported
+// MAKEFNUTB, whose branches below are part of its documented behaviour, and it feeds
+// the one-electron matrices: orders up to 15, any T, called once per primitive pair
+// and nucleus.  The two-electron engine uses integrals::two::boys
+// (integrals/two/boys.h) instead: a pretabulated grid with Taylor steps, about five
+// times faster and accurate to a few ulp, but only up to order 8.  Swapping either for
+// the other would change results at the rounding level, so both stay;
+// docs/integrals.md has the comparison.
 #pragma once
 
 #include <span>

@@ -3,12 +3,21 @@
 // pretabulated grid (spacing 1/32) below T = 40, and above it the asymptotic F_0
 // with the upward recursion, which is stable there.  Relative accuracy is a few
 // units in the last place for every order up to kBoysMaxOrder.
+//
+// This is one of two Boys functions in the library.  The other,
+// integrals::one::boys_table (integrals/one/boys.h), is the exported MAKEFNUTB and
+// feeds the nuclear attraction: orders up to 15, erf/exp and recursions with fixed
+// branches, once per primitive pair and nucleus.  This one sits in the innermost loop
+// of the ERI engine (once per primitive quartet), where it is about five times faster
+// and, at the high orders of (dd|dd), several digits more accurate than those
+// recursions.  Swapping either for the other would change results at the rounding
+// level, so both stay; docs/integrals.md has the comparison.
 #pragma once
 
 #include <cmath>
 #include <numbers>
 
-#include "integrals/two/generated/boys_table.h"
+#include "integrals/generated/boys_table.h"
 
 namespace norvik::integrals::two {
 

@@ -1,5 +1,4 @@
-#!/usr/bin/python3
-"""Tabulates the Boys function F_m(T) for the closed-form two-electron kernels.
+"""The Boys-function grid of the closed-form two-electron kernels (boys_table.h).
 
 F_m(T) = integral_0^1 t^(2m) exp(-T t^2) dt on the grid T_k = k/32, k = 0..1280
 (T up to 40) for m = 0..14, computed with mpmath at 40 significant digits: the
@@ -8,11 +7,12 @@ the lower orders by the downward recursion F_m = (2T F_(m+1) + exp(-T))/(2m + 1)
 which is stable.  Every value is written as the shortest decimal that reads back
 as the nearest double, so the output is the same on every run.
 
-Usage: gen_boys_table.py OUTPUT
+Run through generate.py beside this file.
 """
-import sys
-
 import mpmath
+
+GENERATOR = "tools/integrals/generate.py"
+WORKING_DPS = 40
 
 GRID_INVERSE_STEP = 32  # grid points per unit of T
 GRID_POINTS = 40 * GRID_INVERSE_STEP + 1
@@ -31,13 +31,11 @@ def boys_column(t):
     return values
 
 
-def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    mpmath.mp.dps = 40
+def render():
+    """The text of boys_table.h."""
     lines = [
         "// Boys function table F_m(k/32), m = 0..14, k = 0..1280.",
-        "// Generator: tools/gen_boys_table.py (mpmath, 40 digits; no input data).",
+        f"// Generator: {GENERATOR} (mpmath, {WORKING_DPS} digits; no input data).",
         "// This file is generated, do not edit: run the generator to rebuild it.",
         "#pragma once",
         "",
@@ -50,14 +48,10 @@ def main():
         "// Row k holds F_0(T_k) ... F_14(T_k).",
         "alignas(64) inline constexpr double kBoysTable[kBoysGridPoints * kBoysTableOrders] = {",
     ]
-    for k in range(GRID_POINTS):
-        t = mpmath.mpf(k) / GRID_INVERSE_STEP
-        row = ", ".join(repr(float(v)) for v in boys_column(t))
-        lines.append(f"    {row},")
+    with mpmath.workdps(WORKING_DPS):
+        for k in range(GRID_POINTS):
+            t = mpmath.mpf(k) / GRID_INVERSE_STEP
+            row = ", ".join(repr(float(v)) for v in boys_column(t))
+            lines.append(f"    {row},")
     lines += ["};", "", "}  // namespace norvik::integrals::two::detail", ""]
-    with open(sys.argv[1], "w", encoding="ascii", newline="\n") as out:
-        out.write("\n".join(lines))
-
-
-if __name__ == "__main__":
-    main()
+    return "\n".join(lines)

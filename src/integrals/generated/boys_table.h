@@ -1,5 +1,5 @@
 // Boys function table F_m(k/32), m = 0..14, k = 0..1280.
-// Generator: tools/gen_boys_table.py (mpmath, 40 digits; no input data).
+// Generator: tools/integrals/generate.py (mpmath, 40 digits; no input data).
 // This file is generated, do not edit: run the generator to rebuild it.
 #pragma once
 
