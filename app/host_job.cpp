@@ -91,7 +91,7 @@ void setup(Job& job) {
 
 void write_header(const Job& job) {
   const char* report = job.report_file.data();
-  const double bohr = 0.5291772104, hartree = 27.2113850785;
+  const double bohr = NORVIK_BOHR_ANGSTROM, hartree = NORVIK_HARTREE_EV;
   WRITE_START(report);
   WRITE_CONST(&bohr, &hartree, report);
   WRITE_THEORY(job.theory.data(), report);

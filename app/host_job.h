@@ -6,12 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "norvik/common.h"
+
 namespace host {
 
 // Fixed buffer lengths of the library's calling convention.
-inline constexpr int kPathLength = 120;
-inline constexpr int kKeywordLength = 10;
-inline constexpr int kNameLength = 20;
+inline constexpr int kPathLength = NORVIK_FILE_NAME_LENGTH;
+inline constexpr int kKeywordLength = NORVIK_KEYWORD_LENGTH;
+inline constexpr int kNameLength = NORVIK_NAME_LENGTH;
 
 // Capacity of the host's atom arrays (the molecule file must hold fewer atoms)
 // and the most orbitals it keeps per spin.
@@ -19,7 +21,7 @@ inline constexpr int kMaxAtoms = 1000;
 inline constexpr int kMaxOrbitals = 4096;
 
 // The hartree in eV, for the host's own summary line.
-inline constexpr double kHartreeEv = 27.2113850785;
+inline constexpr double kHartreeEv = NORVIK_HARTREE_EV;
 
 // A blank-padded buffer of n characters.
 std::string padded(const std::string& text, int n);

@@ -38,6 +38,14 @@ void usage(std::ostream& out) {
   std::exit(kUsageError);
 }
 
+// A file name must fit the library's file-name buffer.
+void require_fitting_name(const std::string& path, const char* what) {
+  if (path.size() > static_cast<std::size_t>(host::kPathLength)) {
+    fail(std::string(what) + " name longer than " + std::to_string(host::kPathLength) +
+         " characters: '" + path + "'");
+  }
+}
+
 // An input file must exist and be readable before the library is asked to read it.
 void require_readable(const std::string& path, const char* what) {
   std::error_code ec;
@@ -45,16 +53,12 @@ void require_readable(const std::string& path, const char* what) {
     fail(std::string(what) + " '" + path + "' is a directory");
   std::ifstream in(path);
   if (!in) fail(std::string("cannot read ") + what + " '" + path + "'");
-  if (path.size() > static_cast<std::size_t>(host::kPathLength)) {
-    fail(std::string(what) + " name longer than 120 characters: '" + path + "'");
-  }
+  require_fitting_name(path, what);
 }
 
 // Output files are started afresh; a name the library cannot take is refused here.
 void start_fresh(const std::string& path, const char* what) {
-  if (path.size() > static_cast<std::size_t>(host::kPathLength)) {
-    fail(std::string(what) + " name longer than 120 characters: '" + path + "'");
-  }
+  require_fitting_name(path, what);
   std::ofstream out(path, std::ios::trunc);
   if (!out) fail(std::string("cannot write ") + what + " '" + path + "'");
 }

@@ -41,20 +41,32 @@
 
 NORVIK_EXTERN_C_BEGIN
 
+/* The argument lists of the per-atom routines: an entry point takes the basis-set
+ * name first, then the list of its family routines. */
+#define NORVIK_BASIS_LAYOUT_ARGS \
+  const norvik_int *zatom, norvik_int *nshell, norvik_int *shellkind, norvik_int *nbasis
+#define NORVIK_BASIS_ZETA_ARGS const norvik_int *zatom, double *zeta
+#define NORVIK_BASIS_ANGULAR_ARGS                                                                \
+  const norvik_int *zatom, norvik_int *lm, norvik_int *nterm, norvik_int *lmn, double *termcoef, \
+      norvik_int *nprim
+#define NORVIK_BASIS_RADIAL_ARGS \
+  const norvik_int *zatom, const double *zeta, double *exps, double *coefs
+/* The shared angular fills (LMLMN_...). */
+#define NORVIK_LMLMN_ARGS norvik_int *lm, norvik_int *nterm, norvik_int *lmn, double *termcoef
+
 /* ---- Entry points ------------------------------------------------------------ */
 
 /* Shells of one atom.  basname: in, 20 characters.  zatom: in, atomic number.
  * nshell: out, number of shells.  shellkind: out, (9), kinds of the shells in
  * order, zero beyond nshell.  nbasis: out, number of basis functions (sum of the
  * kinds). */
-NORVIK_API void ZATMNSHL(const char* basname, const norvik_int* zatom, norvik_int* nshell,
-                         norvik_int* shellkind, norvik_int* nbasis);
+NORVIK_API void ZATMNSHL(const char* basname, NORVIK_BASIS_LAYOUT_ARGS);
 
 /* Exponent scale factors of one atom.  basname: in, 20 characters.  zatom: in.
  * zeta: out, (7): one factor per scale-factor slot; trailing slots zero.  For the
  * 6-31G family (core, inner valence, outer valence), for 3-21G and 6-21G the same
  * three slots, for STO-3G the molecular Slater exponent of each shell. */
-NORVIK_API void ZATMZETA(const char* basname, const norvik_int* zatom, double* zeta);
+NORVIK_API void ZATMZETA(const char* basname, NORVIK_BASIS_ZETA_ARGS);
 
 /* The shells of a molecule.  basname: in, 20 characters.  natom: in.
  * zatom: in, (natom).  zeta: in, (7, natom), from ZATMZETA (or ZATMZETAISO_STO3G).
@@ -76,15 +88,13 @@ NORVIK_API void MAKEBASIS(const char* basname, const norvik_int* natom, const no
  * nterm(7, 9), lmn(3, 3, 7, 9), termcoef(3, 7, 9), nprim(9) the primitive counts.
  * A d shell always gets its six slots (the companion last); MAKEBASIS keeps as
  * many as the kind says. */
-NORVIK_API void MAKELMLMN(const char* basname, const norvik_int* zatom, norvik_int* lm,
-                          norvik_int* nterm, norvik_int* lmn, double* termcoef, norvik_int* nprim);
+NORVIK_API void MAKELMLMN(const char* basname, NORVIK_BASIS_ANGULAR_ARGS);
 
 /* Exponents and contraction coefficients of one atom's shells.  basname: in,
  * 20 characters.  zatom: in.  zeta: in, (7), the atom's scale factors.
  * exps: out, (6, 9), exponents times zeta^2 of their shell's slot.
  * coefs: out, (6, 7, 9), the contraction coefficients of each function slot. */
-NORVIK_API void MAKEKLMG(const char* basname, const norvik_int* zatom, const double* zeta,
-                         double* exps, double* coefs);
+NORVIK_API void MAKEKLMG(const char* basname, NORVIK_BASIS_RADIAL_ARGS);
 
 /* ---- Family routines ------------------------------------------------------------
  * One set per family (suffix STO3G, 321G, 621G, 631G, 631GX, 631GXX, 631TG, 631TGX,
@@ -103,325 +113,183 @@ NORVIK_API void MAKEKLMG(const char* basname, const norvik_int* zatom, const dou
  * the same arguments and stop with "Wrong Zatom in ..." outside their group. */
 
 /* STO3G */
-NORVIK_API void ZATMNSHL_STO3G(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                               norvik_int* nbasis);
-NORVIK_API void ZATMZETA_STO3G(const norvik_int* zatom, double* zeta);
-NORVIK_API void ZATMZETAISO_STO3G(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_STO3G(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_STO3G(const norvik_int* zatom, const double* zeta, double* exps,
-                               double* coefs);
+NORVIK_API void ZATMNSHL_STO3G(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_STO3G(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void ZATMZETAISO_STO3G(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_STO3G(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_STO3G(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 321G */
-NORVIK_API void ZATMNSHL_321G(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                              norvik_int* nbasis);
-NORVIK_API void ZATMNSHL_321GC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                               norvik_int* nbasis);
-NORVIK_API void ZATMZETA_321G(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_321G(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                               norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_321G_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_321G_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_321G_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_321G_KCA(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_321G_SCZN(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_321G_GAKR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_321G_RBSR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_321G_YCD(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_321G_INXE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_321G(const norvik_int* zatom, const double* zeta, double* exps,
-                              double* coefs);
-NORVIK_API void MAKEKLMG_321G_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                  double* coefs);
-NORVIK_API void MAKEKLMG_321G_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_321G_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_321G_KCA(const norvik_int* zatom, const double* zeta, double* exps,
-                                  double* coefs);
-NORVIK_API void MAKEKLMG_321G_SCZN(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_321G_GAKR(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_321G_RBSR(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_321G_YCD(const norvik_int* zatom, const double* zeta, double* exps,
-                                  double* coefs);
-NORVIK_API void MAKEKLMG_321G_INXE(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
+NORVIK_API void ZATMNSHL_321G(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMNSHL_321GC(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_321G(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_321G(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_321G_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_321G_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_321G_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_321G_KCA(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_321G_SCZN(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_321G_GAKR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_321G_RBSR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_321G_YCD(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_321G_INXE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_321G(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_321G_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_321G_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_321G_NAAR(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_321G_KCA(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_321G_SCZN(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_321G_GAKR(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_321G_RBSR(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_321G_YCD(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_321G_INXE(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 621G */
-NORVIK_API void ZATMNSHL_621G(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                              norvik_int* nbasis);
-NORVIK_API void ZATMZETA_621G(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_621G(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                               norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_621G_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_621G_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_621G_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_621G(const norvik_int* zatom, const double* zeta, double* exps,
-                              double* coefs);
-NORVIK_API void MAKEKLMG_621G_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                  double* coefs);
-NORVIK_API void MAKEKLMG_621G_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_621G_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
+NORVIK_API void ZATMNSHL_621G(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_621G(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_621G(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_621G_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_621G_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_621G_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_621G(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_621G_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_621G_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_621G_NAAR(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 631G */
-NORVIK_API void ZATMNSHL_631G(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                              norvik_int* nbasis);
-NORVIK_API void ZATMNSHL_631GC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                               norvik_int* nbasis);
-NORVIK_API void ZATMZETA_631G(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_631G(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                               norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631G_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631G_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631G_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631G_KCA(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631G_SCZN(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631G_GAKR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_631G(const norvik_int* zatom, const double* zeta, double* exps,
-                              double* coefs);
-NORVIK_API void MAKEKLMG_631G_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                  double* coefs);
-NORVIK_API void MAKEKLMG_631G_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_631G_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_631G_KCA(const norvik_int* zatom, const double* zeta, double* exps,
-                                  double* coefs);
-NORVIK_API void MAKEKLMG_631G_SCZN(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_631G_GAKR(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
+NORVIK_API void ZATMNSHL_631G(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMNSHL_631GC(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_631G(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_631G(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631G_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631G_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631G_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631G_KCA(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631G_SCZN(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631G_GAKR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_631G(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631G_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631G_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631G_NAAR(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631G_KCA(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631G_SCZN(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631G_GAKR(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 631GX */
-NORVIK_API void ZATMNSHL_631GX(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                               norvik_int* nbasis);
-NORVIK_API void ZATMNSHL_631GXC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                                norvik_int* nbasis);
-NORVIK_API void ZATMZETA_631GX(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_631GX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GX_KCA(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GX_SCZN(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GX_GAKR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_631GX(const norvik_int* zatom, const double* zeta, double* exps,
-                               double* coefs);
-NORVIK_API void MAKEKLMG_631GX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_631GX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                    double* coefs);
-NORVIK_API void MAKEKLMG_631GX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                    double* coefs);
-NORVIK_API void MAKEKLMG_631GX_KCA(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_631GX_SCZN(const norvik_int* zatom, const double* zeta, double* exps,
-                                    double* coefs);
-NORVIK_API void MAKEKLMG_631GX_GAKR(const norvik_int* zatom, const double* zeta, double* exps,
-                                    double* coefs);
+NORVIK_API void ZATMNSHL_631GX(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMNSHL_631GXC(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_631GX(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_631GX(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GX_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GX_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GX_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GX_KCA(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GX_SCZN(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GX_GAKR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_631GX(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GX_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GX_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GX_NAAR(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GX_KCA(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GX_SCZN(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GX_GAKR(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 631GXX */
-NORVIK_API void ZATMNSHL_631GXX(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                                norvik_int* nbasis);
-NORVIK_API void ZATMNSHL_631GXXC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                                 norvik_int* nbasis);
-NORVIK_API void ZATMZETA_631GXX(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_631GXX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                 norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GXX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GXX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GXX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GXX_KCA(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GXX_SCZN(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631GXX_GAKR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_631GXX(const norvik_int* zatom, const double* zeta, double* exps,
-                                double* coefs);
-NORVIK_API void MAKEKLMG_631GXX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                    double* coefs);
-NORVIK_API void MAKEKLMG_631GXX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                     double* coefs);
-NORVIK_API void MAKEKLMG_631GXX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                     double* coefs);
-NORVIK_API void MAKEKLMG_631GXX_KCA(const norvik_int* zatom, const double* zeta, double* exps,
-                                    double* coefs);
-NORVIK_API void MAKEKLMG_631GXX_SCZN(const norvik_int* zatom, const double* zeta, double* exps,
-                                     double* coefs);
-NORVIK_API void MAKEKLMG_631GXX_GAKR(const norvik_int* zatom, const double* zeta, double* exps,
-                                     double* coefs);
+NORVIK_API void ZATMNSHL_631GXX(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMNSHL_631GXXC(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_631GXX(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_631GXX(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GXX_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GXX_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GXX_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GXX_KCA(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GXX_SCZN(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631GXX_GAKR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_631GXX(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GXX_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GXX_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GXX_NAAR(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GXX_KCA(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GXX_SCZN(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631GXX_GAKR(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 631TG */
-NORVIK_API void ZATMNSHL_631TG(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                               norvik_int* nbasis);
-NORVIK_API void ZATMNSHL_631TGC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                                norvik_int* nbasis);
-NORVIK_API void ZATMZETA_631TG(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_631TG(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TG_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                    norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TG_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TG_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_631TG(const norvik_int* zatom, const double* zeta, double* exps,
-                               double* coefs);
-NORVIK_API void MAKEKLMG_631TG_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                   double* coefs);
-NORVIK_API void MAKEKLMG_631TG_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                    double* coefs);
-NORVIK_API void MAKEKLMG_631TG_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                    double* coefs);
+NORVIK_API void ZATMNSHL_631TG(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMNSHL_631TGC(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_631TG(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_631TG(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TG_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TG_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TG_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_631TG(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TG_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TG_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TG_NAAR(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 631TGX */
-NORVIK_API void ZATMNSHL_631TGX(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                                norvik_int* nbasis);
-NORVIK_API void ZATMNSHL_631TGXC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                                 norvik_int* nbasis);
-NORVIK_API void ZATMZETA_631TGX(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_631TGX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                 norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TGX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TGX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TGX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_631TGX(const norvik_int* zatom, const double* zeta, double* exps,
-                                double* coefs);
-NORVIK_API void MAKEKLMG_631TGX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                    double* coefs);
-NORVIK_API void MAKEKLMG_631TGX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                     double* coefs);
-NORVIK_API void MAKEKLMG_631TGX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                     double* coefs);
+NORVIK_API void ZATMNSHL_631TGX(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMNSHL_631TGXC(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_631TGX(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_631TGX(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TGX_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TGX_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TGX_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_631TGX(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TGX_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TGX_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TGX_NAAR(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 631TGXX */
-NORVIK_API void ZATMNSHL_631TGXX(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                                 norvik_int* nbasis);
-NORVIK_API void ZATMNSHL_631TGXXC(const norvik_int* zatom, norvik_int* nshell,
-                                  norvik_int* shellkind, norvik_int* nbasis);
-NORVIK_API void ZATMZETA_631TGXX(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_631TGXX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                  norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TGXX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TGXX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                       norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TGXX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                       norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_631TGXX(const norvik_int* zatom, const double* zeta, double* exps,
-                                 double* coefs);
-NORVIK_API void MAKEKLMG_631TGXX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                     double* coefs);
-NORVIK_API void MAKEKLMG_631TGXX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                      double* coefs);
-NORVIK_API void MAKEKLMG_631TGXX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                      double* coefs);
+NORVIK_API void ZATMNSHL_631TGXX(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMNSHL_631TGXXC(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_631TGXX(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_631TGXX(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TGXX_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TGXX_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TGXX_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_631TGXX(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TGXX_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TGXX_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TGXX_NAAR(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 631TTG */
-NORVIK_API void ZATMNSHL_631TTG(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                                norvik_int* nbasis);
-NORVIK_API void ZATMNSHL_631TTGC(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                                 norvik_int* nbasis);
-NORVIK_API void ZATMZETA_631TTG(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_631TTG(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                 norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TTG_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                     norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TTG_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TTG_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_631TTG(const norvik_int* zatom, const double* zeta, double* exps,
-                                double* coefs);
-NORVIK_API void MAKEKLMG_631TTG_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                    double* coefs);
-NORVIK_API void MAKEKLMG_631TTG_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                     double* coefs);
-NORVIK_API void MAKEKLMG_631TTG_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                     double* coefs);
+NORVIK_API void ZATMNSHL_631TTG(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMNSHL_631TTGC(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_631TTG(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_631TTG(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TTG_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TTG_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TTG_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_631TTG(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TTG_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TTG_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TTG_NAAR(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 631TTGX */
-NORVIK_API void ZATMNSHL_631TTGX(const norvik_int* zatom, norvik_int* nshell, norvik_int* shellkind,
-                                 norvik_int* nbasis);
-NORVIK_API void ZATMNSHL_631TTGXC(const norvik_int* zatom, norvik_int* nshell,
-                                  norvik_int* shellkind, norvik_int* nbasis);
-NORVIK_API void ZATMZETA_631TTGX(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_631TTGX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                  norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TTGX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                      norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TTGX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                       norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TTGX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                       norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_631TTGX(const norvik_int* zatom, const double* zeta, double* exps,
-                                 double* coefs);
-NORVIK_API void MAKEKLMG_631TTGX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                     double* coefs);
-NORVIK_API void MAKEKLMG_631TTGX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                      double* coefs);
-NORVIK_API void MAKEKLMG_631TTGX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                      double* coefs);
+NORVIK_API void ZATMNSHL_631TTGX(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMNSHL_631TTGXC(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_631TTGX(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_631TTGX(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TTGX_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TTGX_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TTGX_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_631TTGX(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TTGX_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TTGX_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TTGX_NAAR(NORVIK_BASIS_RADIAL_ARGS);
 
 /* 631TTGXX */
-NORVIK_API void ZATMNSHL_631TTGXX(const norvik_int* zatom, norvik_int* nshell,
-                                  norvik_int* shellkind, norvik_int* nbasis);
-NORVIK_API void ZATMNSHL_631TTGXXC(const norvik_int* zatom, norvik_int* nshell,
-                                   norvik_int* shellkind, norvik_int* nbasis);
-NORVIK_API void ZATMZETA_631TTGXX(const norvik_int* zatom, double* zeta);
-NORVIK_API void MAKELMLMN_631TTGXX(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                   norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TTGXX_HHE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                       norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TTGXX_LINE(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                        norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKELMLMN_631TTGXX_NAAR(const norvik_int* zatom, norvik_int* lm, norvik_int* nterm,
-                                        norvik_int* lmn, double* termcoef, norvik_int* nprim);
-NORVIK_API void MAKEKLMG_631TTGXX(const norvik_int* zatom, const double* zeta, double* exps,
-                                  double* coefs);
-NORVIK_API void MAKEKLMG_631TTGXX_HHE(const norvik_int* zatom, const double* zeta, double* exps,
-                                      double* coefs);
-NORVIK_API void MAKEKLMG_631TTGXX_LINE(const norvik_int* zatom, const double* zeta, double* exps,
-                                       double* coefs);
-NORVIK_API void MAKEKLMG_631TTGXX_NAAR(const norvik_int* zatom, const double* zeta, double* exps,
-                                       double* coefs);
+NORVIK_API void ZATMNSHL_631TTGXX(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMNSHL_631TTGXXC(NORVIK_BASIS_LAYOUT_ARGS);
+NORVIK_API void ZATMZETA_631TTGXX(NORVIK_BASIS_ZETA_ARGS);
+NORVIK_API void MAKELMLMN_631TTGXX(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TTGXX_HHE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TTGXX_LINE(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKELMLMN_631TTGXX_NAAR(NORVIK_BASIS_ANGULAR_ARGS);
+NORVIK_API void MAKEKLMG_631TTGXX(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TTGXX_HHE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TTGXX_LINE(NORVIK_BASIS_RADIAL_ARGS);
+NORVIK_API void MAKEKLMG_631TTGXX_NAAR(NORVIK_BASIS_RADIAL_ARGS);
 
 /* ---- Shared angular fills ---------------------------------------------------
  * Each fills the angular arrays of one shell, or of consecutive shells for the
@@ -430,16 +298,16 @@ NORVIK_API void MAKEKLMG_631TTGXX_NAAR(const norvik_int* zatom, const double* ze
  * SONLY one s shell; PONLY one p shell; SANDP one sp shell; DONLY one d shell
  * (six slots: m = -2 ... 2, then the companion (2, 10)); FONLY one f shell;
  * SS, SSS, SSSS, SSSSS two to five s shells; PP two p shells. */
-NORVIK_API void LMLMN_SONLY(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
-NORVIK_API void LMLMN_PONLY(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
-NORVIK_API void LMLMN_SANDP(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
-NORVIK_API void LMLMN_DONLY(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
-NORVIK_API void LMLMN_FONLY(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
-NORVIK_API void LMLMN_SS(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
-NORVIK_API void LMLMN_SSS(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
-NORVIK_API void LMLMN_SSSS(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
-NORVIK_API void LMLMN_SSSSS(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
-NORVIK_API void LMLMN_PP(norvik_int* lm, norvik_int* nterm, norvik_int* lmn, double* termcoef);
+NORVIK_API void LMLMN_SONLY(NORVIK_LMLMN_ARGS);
+NORVIK_API void LMLMN_PONLY(NORVIK_LMLMN_ARGS);
+NORVIK_API void LMLMN_SANDP(NORVIK_LMLMN_ARGS);
+NORVIK_API void LMLMN_DONLY(NORVIK_LMLMN_ARGS);
+NORVIK_API void LMLMN_FONLY(NORVIK_LMLMN_ARGS);
+NORVIK_API void LMLMN_SS(NORVIK_LMLMN_ARGS);
+NORVIK_API void LMLMN_SSS(NORVIK_LMLMN_ARGS);
+NORVIK_API void LMLMN_SSSS(NORVIK_LMLMN_ARGS);
+NORVIK_API void LMLMN_SSSSS(NORVIK_LMLMN_ARGS);
+NORVIK_API void LMLMN_PP(NORVIK_LMLMN_ARGS);
 
 NORVIK_EXTERN_C_END
 

@@ -14,54 +14,48 @@
 NORVIK_EXTERN_C_BEGIN
 
 /* ---- primitive pairs: (A, alpha, lmnA) then (B, beta, lmnB), one double out ---- */
+#define NORVIK_PRIMITIVE_PAIR_ARGS                                               \
+  const double *A, const double *alpha, const norvik_int *lmnA, const double *B, \
+      const double *beta, const norvik_int *lmnB
 
 /* <a|b>.  A(3), B(3) bohr; alpha, beta exponents; lmnA(3), lmnB(3); S out. */
-NORVIK_API void OVERLAPINT(const double* A, const double* alpha, const norvik_int* lmnA,
-                           const double* B, const double* beta, const norvik_int* lmnB, double* S);
+NORVIK_API void OVERLAPINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* S);
 /* <a| -1/2 nabla^2 |b> in hartree; T out. */
-NORVIK_API void KINEENEINT(const double* A, const double* alpha, const norvik_int* lmnA,
-                           const double* B, const double* beta, const norvik_int* lmnB, double* T);
+NORVIK_API void KINEENEINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* T);
 /* <a| 1/r_C |b> in hartree per unit charge (positive; the caller applies -Z);
  * C(3) bohr; V out. */
-NORVIK_API void NUCLATTINT(const double* A, const double* alpha, const norvik_int* lmnA,
-                           const double* B, const double* beta, const norvik_int* lmnB,
-                           const double* C, double* V);
+NORVIK_API void NUCLATTINT(NORVIK_PRIMITIVE_PAIR_ARGS, const double* C, double* V);
 /* The same with the caller's Boys table F(0 ... Ltot), Ltot = sum of the six
  * exponents, for T = gamma |P - C|^2 (as MAKEFNUTB makes it); V out. */
-NORVIK_API void NUCLATTINT_FAST(const double* A, const double* alpha, const norvik_int* lmnA,
-                                const double* B, const double* beta, const norvik_int* lmnB,
-                                const double* C, const double* F, double* V);
+NORVIK_API void NUCLATTINT_FAST(NORVIK_PRIMITIVE_PAIR_ARGS, const double* C, const double* F,
+                                double* V);
 
 /* Moment integrals, all (A, alpha, lmnA, B, beta, lmnB, out), in bohr^k:
  * XBINT = B_x <a|b>; XMXBINT = <a|x - B_x|b>; XMXB2INT = <a|(x - B_x)^2|b>;
  * XMXBYMYBINT = <a|(x - B_x)(y - B_y)|b>; XINT = <a|x|b>; XXINT = <a|x^2|b>;
  * XYINT = <a|xy|b>; R2INT = <a|r^2|b>; likewise for y and z. */
-#define NORVIK_MOMENT_ROUTINE(NAME)                                                  \
-  NORVIK_API void NAME(const double* A, const double* alpha, const norvik_int* lmnA, \
-                       const double* B, const double* beta, const norvik_int* lmnB, double* out)
-NORVIK_MOMENT_ROUTINE(XBINT);
-NORVIK_MOMENT_ROUTINE(YBINT);
-NORVIK_MOMENT_ROUTINE(ZBINT);
-NORVIK_MOMENT_ROUTINE(XMXBINT);
-NORVIK_MOMENT_ROUTINE(YMYBINT);
-NORVIK_MOMENT_ROUTINE(ZMZBINT);
-NORVIK_MOMENT_ROUTINE(XMXB2INT);
-NORVIK_MOMENT_ROUTINE(YMYB2INT);
-NORVIK_MOMENT_ROUTINE(ZMZB2INT);
-NORVIK_MOMENT_ROUTINE(XMXBYMYBINT);
-NORVIK_MOMENT_ROUTINE(XMXBZMZBINT);
-NORVIK_MOMENT_ROUTINE(YMYBZMZBINT);
-NORVIK_MOMENT_ROUTINE(XINT);
-NORVIK_MOMENT_ROUTINE(YINT);
-NORVIK_MOMENT_ROUTINE(ZINT);
-NORVIK_MOMENT_ROUTINE(XXINT);
-NORVIK_MOMENT_ROUTINE(YYINT);
-NORVIK_MOMENT_ROUTINE(ZZINT);
-NORVIK_MOMENT_ROUTINE(XYINT);
-NORVIK_MOMENT_ROUTINE(XZINT);
-NORVIK_MOMENT_ROUTINE(YZINT);
-NORVIK_MOMENT_ROUTINE(R2INT);
-#undef NORVIK_MOMENT_ROUTINE
+NORVIK_API void XBINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void YBINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void ZBINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void XMXBINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void YMYBINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void ZMZBINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void XMXB2INT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void YMYB2INT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void ZMZB2INT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void XMXBYMYBINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void XMXBZMZBINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void YMYBZMZBINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void XINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void YINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void ZINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void XXINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void YYINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void ZZINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void XYINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void XZINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void YZINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
+NORVIK_API void R2INT(NORVIK_PRIMITIVE_PAIR_ARGS, double* out);
 
 /* ---- the tables the formulas share ---- */
 
@@ -99,26 +93,24 @@ NORVIK_API double PGF(const norvik_int* l, const norvik_int* m, const double* al
 NORVIK_API void PGFGRAD(const norvik_int* l, const norvik_int* m, const double* alpha,
                         const double* A, const double* point, double* grad);
 /* One routine per (l, m), each (alpha, A(3), point(3), grad(3) out). */
-#define NORVIK_PGFGRAD_ROUTINE(NAME) \
-  NORVIK_API void NAME(const double* alpha, const double* A, const double* point, double* grad)
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_00);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_1M1);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_1Z0);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_1P1);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_2M2);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_2M1);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_2Z0);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_2P1);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_2P2);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_2PX);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_3M3);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_3M2);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_3M1);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_3Z0);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_3P1);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_3P2);
-NORVIK_PGFGRAD_ROUTINE(PGFGRAD_3P3);
-#undef NORVIK_PGFGRAD_ROUTINE
+#define NORVIK_PGFGRAD_ARGS const double *alpha, const double *A, const double *point, double *grad
+NORVIK_API void PGFGRAD_00(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_1M1(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_1Z0(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_1P1(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_2M2(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_2M1(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_2Z0(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_2P1(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_2P2(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_2PX(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_3M3(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_3M2(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_3M1(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_3Z0(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_3P1(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_3P2(NORVIK_PGFGRAD_ARGS);
+NORVIK_API void PGFGRAD_3P3(NORVIK_PGFGRAD_ARGS);
 
 /* ---- one-electron matrices of a geometry ---- */
 

@@ -20,7 +20,8 @@
  * The two-electron context.  The routines from CALCVINT on take nbasis and then
  * the ten context arguments that the SCF drivers pass through unchanged:
  *   nshell   in   number of shells
- *   shelltab in   (160, nshell) doubles from PACKSHELLS (shells, centres in bohr)
+ *   shelltab in   (160, nshell) doubles from PACKSHELLS (shells, centres in bohr;
+ *                 NORVIK_SHELL_RECORD and the slots in norvik/common.h)
  *   nshpair  in   number of kept shell pairs
  *   shpair   in   (2, nshpair) kept shell pairs (a, b), a ≥ b, 1-based
  *   npair    in   number of kept basis-function pairs
@@ -38,6 +39,7 @@
 #ifndef NORVIK_INTEGRALS_TWO_H
 #define NORVIK_INTEGRALS_TWO_H
 
+#include "norvik/common.h"
 #include "norvik/export.h"
 
 NORVIK_EXTERN_C_BEGIN

@@ -30,11 +30,11 @@ NORVIK_EXTERN_C_BEGIN
  *                       each signed so that its largest component is positive
  *   tol  in             relative convergence tolerance
  *   ill  out            status (above) */
-NORVIK_API void HOQRVD(double* a, const norvik_int* n, const norvik_int* lda, double* e,
-                       double* v, const double* tol, norvik_int* ill);
+NORVIK_API void HOQRVD(double* a, const norvik_int* n, const norvik_int* lda, double* e, double* v,
+                       const double* tol, norvik_int* ill);
 /* As HOQRVD with the variant flag set: the eigenvalues come in ascending order. */
-NORVIK_API void HOQRUD(double* a, const norvik_int* n, const norvik_int* lda, double* e,
-                       double* v, const double* tol, norvik_int* ill);
+NORVIK_API void HOQRUD(double* a, const norvik_int* n, const norvik_int* lda, double* e, double* v,
+                       const double* tol, norvik_int* ill);
 
 /* Generalised symmetric-definite eigenproblem A·v = λ·B·v through the Cholesky
  * factor B = L·Lᵀ: the standard problem of L⁻¹·A·L⁻ᵀ, vectors back-transformed.
@@ -46,11 +46,11 @@ NORVIK_API void HOQRUD(double* a, const norvik_int* n, const norvik_int* lda, do
  *   v    out            (lda, n) eigenvectors with Vᵀ·B·V = I, column i for e(i)
  *   tol  in             Cholesky pivot tolerance and convergence tolerance
  *   ill  out            status; 3 when B is not positive definite */
-NORVIK_API void GHQRVD(double* a, double* b, const norvik_int* n, const norvik_int* lda,
-                       double* e, double* v, const double* tol, norvik_int* ill);
+NORVIK_API void GHQRVD(double* a, double* b, const norvik_int* n, const norvik_int* lda, double* e,
+                       double* v, const double* tol, norvik_int* ill);
 /* As GHQRVD with the variant flag set: the eigenvalues come in ascending order. */
-NORVIK_API void GHQRUD(double* a, double* b, const norvik_int* n, const norvik_int* lda,
-                       double* e, double* v, const double* tol, norvik_int* ill);
+NORVIK_API void GHQRUD(double* a, double* b, const norvik_int* n, const norvik_int* lda, double* e,
+                       double* v, const double* tol, norvik_int* ill);
 
 /* Cholesky factorisation A = L·Lᵀ of a symmetric positive-definite matrix.
  *   a     in/out  (lda, n); the lower triangle is read; returns L in the lower
@@ -114,8 +114,8 @@ NORVIK_API void HQRIID(double* d, double* e, const norvik_int* n, const double* 
  *                tridiagonal one (the identity for the tridiagonal matrix's own
  *                eigenvectors); out, the eigenvectors, column i for d(i)
  *   ldv  in      leading dimension of v */
-NORVIK_API void HEQRVD(double* d, double* e, const norvik_int* n, double* v,
-                       const norvik_int* ldv, const double* tol, norvik_int* ill);
+NORVIK_API void HEQRVD(double* d, double* e, const norvik_int* n, double* v, const norvik_int* ldv,
+                       const double* tol, norvik_int* ill);
 
 /* Sorts into descending order, stably (equal values keep their order; NaNs last).
  *   SORTDK: v (n).
@@ -141,9 +141,8 @@ NORVIK_API void SRTVDD(double* v, double* z, const norvik_int* n);
  * Failures print and stop: "GHQRVD failed in splevel_GHQR."; "NaN is detected in
  * splevel_GHQR." with ispin and the level; "ILL is not zero in splevel_Orth." (also
  * for northo < 1); "NaN is detected in splevel_Orth.". */
-NORVIK_API void SPLEVEL(const double* f, const double* s, const double* x,
-                        const norvik_int* nbasis, const norvik_int* northo,
-                        const norvik_int* ispin, double* eig, double* c);
+NORVIK_API void SPLEVEL(const double* f, const double* s, const double* x, const norvik_int* nbasis,
+                        const norvik_int* northo, const norvik_int* ispin, double* eig, double* c);
 NORVIK_API void SPLEVEL_GHQR(const double* f, const double* s, const norvik_int* nbasis,
                              const norvik_int* ispin, double* eig, double* c);
 NORVIK_API void SPLEVEL_ORTH(const double* f, const double* x, const norvik_int* nbasis,

@@ -2,13 +2,25 @@
  *
  * Text buffers: file names 120 characters, the theory keyword 10, the other
  * molecule-file texts 20 (record 12 of the molecule file: 120), element symbols 2,
- * element names 20; all blank-padded, no terminating NUL. */
+ * element names 20; all blank-padded, no terminating NUL (NORVIK_FILE_NAME_LENGTH,
+ * NORVIK_KEYWORD_LENGTH, NORVIK_NAME_LENGTH, NORVIK_SYMBOL_LENGTH of norvik/common.h). */
 #ifndef NORVIK_SETUP_H
 #define NORVIK_SETUP_H
 
 #include "norvik/export.h"
 
 NORVIK_EXTERN_C_BEGIN
+
+/* The arguments that SETUP_HF and SETUP_KS share: the first four (maxatom, maxorb,
+ * molfile, parfile) and the last twenty, from the theory keyword on (SETUP_HF's
+ * 19-38, SETUP_KS's 28-47). */
+#define NORVIK_SETUP_FILE_ARGS \
+  const norvik_int *maxatom, const norvik_int *maxorb, const char *molfile, const char *parfile
+#define NORVIK_SETUP_MOLECULE_ARGS                                                               \
+  char *theory, char *text4, char *text6, norvik_int *int6, norvik_int *int8, norvik_int *int10, \
+      char *text12, char *text14, char *text18, norvik_int *charge, norvik_int *multiplicity,    \
+      norvik_int *nalpha, norvik_int *nbeta, norvik_int *norb, norvik_int *nshort,               \
+      norvik_int *natom, norvik_int *nghost, norvik_int *zat, norvik_int *zel, double *pos
 
 /* Reads the molecule file and (unless its name is blank) the SCF-parameter file
  * of a Hartree-Fock job.  38 arguments:
@@ -33,17 +45,12 @@ NORVIK_EXTERN_C_BEGIN
  *  36 zat(maxatom) nuclear charge per atom (0 for a ghost)            out
  *  37 zel(maxatom) element number per atom (a ghost keeps its element) out
  *  38 pos(3, maxatom) positions in angstrom, x y z per atom, column-major out */
-NORVIK_API void SETUP_HF(const norvik_int* maxatom, const norvik_int* maxorb, const char* molfile,
-                         const char* parfile, double* value2, norvik_int* value4,
+NORVIK_API void SETUP_HF(NORVIK_SETUP_FILE_ARGS, double* value2, norvik_int* value4,
                          norvik_int* niter_atom, norvik_int* niter_mole, double* damp_atom,
                          double* damp_mole, double* thr_ene_atom, double* thr_ene_mole,
                          double* thr_rms_atom, double* thr_rms_mole, double* value14,
-                         double* value16, double* value18, double* value20, char* theory,
-                         char* text4, char* text6, norvik_int* int6, norvik_int* int8,
-                         norvik_int* int10, char* text12, char* text14, char* text18,
-                         norvik_int* charge, norvik_int* multiplicity, norvik_int* nalpha,
-                         norvik_int* nbeta, norvik_int* norb, norvik_int* nshort, norvik_int* natom,
-                         norvik_int* nghost, norvik_int* zat, norvik_int* zel, double* pos);
+                         double* value16, double* value18, double* value20,
+                         NORVIK_SETUP_MOLECULE_ARGS);
 
 /* The same for a Kohn-Sham job.  47 arguments: 1-4 as SETUP_HF; 5 double
  * (record 2); 6 integer (record 4); 7-10 SCF iterations, 11-14 damping factors,
@@ -55,8 +62,7 @@ NORVIK_API void SETUP_HF(const norvik_int* maxatom, const norvik_int* maxorb, co
  * 45 zat, 46 zel, 47 pos.  When the theory keyword is HF, MP2, RPA or TDA the
  * first and third iteration counts are preset to 48 before the parameter file is
  * read. */
-NORVIK_API void SETUP_KS(const norvik_int* maxatom, const norvik_int* maxorb, const char* molfile,
-                         const char* parfile, double* value2, norvik_int* value4,
+NORVIK_API void SETUP_KS(NORVIK_SETUP_FILE_ARGS, double* value2, norvik_int* value4,
                          norvik_int* niter_hf_atom, norvik_int* niter_ks_atom,
                          norvik_int* niter_hf_mole, norvik_int* niter_ks_mole, double* damp_hf_atom,
                          double* damp_ks_atom, double* damp_hf_mole, double* damp_ks_mole,
@@ -64,11 +70,7 @@ NORVIK_API void SETUP_KS(const norvik_int* maxatom, const norvik_int* maxorb, co
                          double* thr_ene_ks_mole, double* thr_rms_hf_atom, double* thr_rms_ks_atom,
                          double* thr_rms_hf_mole, double* thr_rms_ks_mole, double* value14,
                          double* value16, double* value18, double* value20a, double* value20b,
-                         char* theory, char* text4, char* text6, norvik_int* int6, norvik_int* int8,
-                         norvik_int* int10, char* text12, char* text14, char* text18,
-                         norvik_int* charge, norvik_int* multiplicity, norvik_int* nalpha,
-                         norvik_int* nbeta, norvik_int* norb, norvik_int* nshort, norvik_int* natom,
-                         norvik_int* nghost, norvik_int* zat, norvik_int* zel, double* pos);
+                         NORVIK_SETUP_MOLECULE_ARGS);
 
 /* Element tables, Z = 1 (H) ... 54 (Xe); symbols are two characters,
  * blank-padded and case-sensitive ("H ", "He", "Cl"). */

@@ -3,7 +3,8 @@
 // Exported routines only convert raw pointers and blank-padded text buffers into
 // core arguments, call the core, and turn a core error into the promised
 // behaviour: its lines on standard output, every file flushed and closed, and the
-// end of the process with exit status 1.
+// end of the process with exit status 1.  The conversions of sizes, arrays,
+// matrices and the two-electron context are in abi/convert.h (included here).
 #pragma once
 
 #include <cstdint>
@@ -12,15 +13,20 @@
 #include <string_view>
 #include <vector>
 
+#include "abi/convert.h"
 #include "common/error.h"
+#include "norvik/common.h"
 #include "norvik/export.h"
 
 namespace norvik::abi {
 
-// Fixed text lengths of the calling convention.
-inline constexpr int kFileNameLength = 120;
-inline constexpr int kKeywordLength = 10;
-inline constexpr int kLongKeywordLength = 20;
+// Fixed text lengths of the calling convention (norvik/common.h).
+inline constexpr int kFileNameLength = NORVIK_FILE_NAME_LENGTH;
+inline constexpr int kKeywordLength = NORVIK_KEYWORD_LENGTH;  // theory, functional
+inline constexpr int kNameLength = NORVIK_NAME_LENGTH;        // basis set, molecule, element
+inline constexpr int kLongKeywordLength = kNameLength;        // the 20-character keywords
+inline constexpr int kSymbolLength = NORVIK_SYMBOL_LENGTH;
+inline constexpr int kTimestampLength = NORVIK_TIMESTAMP_LENGTH;
 
 // A blank-padded buffer of `length` characters as a view (no copy).
 inline std::string_view text_in(const char* buffer, int length) {

@@ -83,49 +83,38 @@ void pgf_gradient_out(int l, int m, const double* alpha, const double* a, const 
 
 // ---- primitive pairs ----
 
-extern "C" NORVIK_API void OVERLAPINT(const double* A, const double* alpha, const norvik_int* lmnA,
-                                      const double* B, const double* beta, const norvik_int* lmnB,
-                                      double* S) {
+extern "C" NORVIK_API void OVERLAPINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* S) {
   guarded([&] { *S = one::overlap(primitive(A, alpha, lmnA), primitive(B, beta, lmnB)); });
 }
 
-extern "C" NORVIK_API void KINEENEINT(const double* A, const double* alpha, const norvik_int* lmnA,
-                                      const double* B, const double* beta, const norvik_int* lmnB,
-                                      double* T) {
+extern "C" NORVIK_API void KINEENEINT(NORVIK_PRIMITIVE_PAIR_ARGS, double* T) {
   guarded([&] { *T = one::kinetic(primitive(A, alpha, lmnA), primitive(B, beta, lmnB)); });
 }
 
-extern "C" NORVIK_API void NUCLATTINT(const double* A, const double* alpha, const norvik_int* lmnA,
-                                      const double* B, const double* beta, const norvik_int* lmnB,
-                                      const double* C, double* V) {
+extern "C" NORVIK_API void NUCLATTINT(NORVIK_PRIMITIVE_PAIR_ARGS, const double* C, double* V) {
   guarded([&] {
     *V = one::nuclear_attraction(primitive(A, alpha, lmnA), primitive(B, beta, lmnB), vec3(C));
   });
 }
 
-extern "C" NORVIK_API void NUCLATTINT_FAST(const double* A, const double* alpha,
-                                           const norvik_int* lmnA, const double* B,
-                                           const double* beta, const norvik_int* lmnB,
-                                           const double* C, const double* F, double* V) {
+extern "C" NORVIK_API void NUCLATTINT_FAST(NORVIK_PRIMITIVE_PAIR_ARGS, const double* C,
+                                           const double* F, double* V) {
   guarded([&] {
     const int ltot = lmnA[0] + lmnA[1] + lmnA[2] + lmnB[0] + lmnB[1] + lmnB[2];
-    const std::size_t n = ltot < 0 ? 0 : static_cast<std::size_t>(ltot) + 1;
     *V = one::nuclear_attraction(primitive(A, alpha, lmnA), primitive(B, beta, lmnB), vec3(C),
-                                 std::span<const double>(F, n));
+                                 norvik::abi::span_of(F, ltot + 1));
   });
 }
 
 // ---- moments ----
 
-#define NORVIK_MOMENT(NAME, EXPR)                                                               \
-  extern "C" NORVIK_API void NAME(const double* A, const double* alpha, const norvik_int* lmnA, \
-                                  const double* B, const double* beta, const norvik_int* lmnB,  \
-                                  double* out) {                                                \
-    guarded([&] {                                                                               \
-      const one::Primitive a = primitive(A, alpha, lmnA);                                       \
-      const one::Primitive b = primitive(B, beta, lmnB);                                        \
-      *out = (EXPR);                                                                            \
-    });                                                                                         \
+#define NORVIK_MOMENT(NAME, EXPR)                                            \
+  extern "C" NORVIK_API void NAME(NORVIK_PRIMITIVE_PAIR_ARGS, double* out) { \
+    guarded([&] {                                                            \
+      const one::Primitive a = primitive(A, alpha, lmnA);                    \
+      const one::Primitive b = primitive(B, beta, lmnB);                     \
+      *out = (EXPR);                                                         \
+    });                                                                      \
   }
 
 NORVIK_MOMENT(XBINT, b.centre[0] * one::overlap(a, b))
@@ -209,10 +198,9 @@ extern "C" NORVIK_API void PGFGRAD(const norvik_int* l, const norvik_int* m, con
   guarded([&] { pgf_gradient_out(*l, *m, alpha, A, point, grad); });
 }
 
-#define NORVIK_PGFGRAD(NAME, L, M)                                                           \
-  extern "C" NORVIK_API void NAME(const double* alpha, const double* A, const double* point, \
-                                  double* grad) {                                            \
-    guarded([&] { pgf_gradient_out(L, M, alpha, A, point, grad); });                         \
+#define NORVIK_PGFGRAD(NAME, L, M)                                   \
+  extern "C" NORVIK_API void NAME(NORVIK_PGFGRAD_ARGS) {             \
+    guarded([&] { pgf_gradient_out(L, M, alpha, A, point, grad); }); \
   }
 
 NORVIK_PGFGRAD(PGFGRAD_00, 0, 0)
@@ -253,15 +241,15 @@ extern "C" NORVIK_API void CALCMTRX(const norvik_int* nShellTotal, const norvik_
           {"Wrong nBasis in calcMtrx. nBasis, sum of shell kinds = ", static_cast<std::int64_t>(n),
            static_cast<std::int64_t>(basis.nbasis())}));
     }
-    const int natom = std::max(0, *nAtom);
-    std::vector<one::Vec3> positions(static_cast<std::size_t>(natom));
-    for (int i = 0; i < natom; ++i)
-      for (int k = 0; k < 3; ++k)
-        positions[static_cast<std::size_t>(i)][k] =
-            Coord[k + 3 * i] / norvik::constants::kBohrAngstrom;
-    const std::span<const double> charges(Charge, static_cast<std::size_t>(natom));
+    const std::size_t natom = norvik::abi::count(*nAtom);
+    std::vector<one::Vec3> positions(natom);
+    for (std::size_t i = 0; i < natom; ++i)
+      for (std::size_t k = 0; k < 3; ++k)
+        positions[i][k] = Coord[k + 3 * i] / norvik::constants::kBohrAngstrom;
+    const std::span<const double> charges(Charge, natom);
 
-    const std::ptrdiff_t block = static_cast<std::ptrdiff_t>(n) * n;
+    // n equals the sum of the shell kinds, so it is not negative here.
+    const std::size_t block = norvik::abi::square(n);
     one::OneElectronMatrices out;
     out.overlap = {S, n};
     out.kinetic = {T, n};

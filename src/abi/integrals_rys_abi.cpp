@@ -13,7 +13,9 @@
 #include "norvik/integrals_rys.h"
 
 namespace rys = norvik::integrals::rys;
+using norvik::abi::count;
 using norvik::abi::guarded;
+using norvik::abi::span_of;
 
 namespace {
 
@@ -24,7 +26,7 @@ std::array<rys::ShellData, 4> shells_of(const double* exps, const double* coefs,
   rys::check_route_limits(mxprsh, maxdim);
   std::array<rys::ShellData, 4> shells;
   for (int k = 0; k < 4; ++k) {
-    const std::size_t column = static_cast<std::size_t>(k) * std::max(mxprsh, 0);
+    const std::size_t column = static_cast<std::size_t>(k) * count(mxprsh);
     shells[k] = rys::ShellData{L[k],
                                std::clamp<int>(nprim[k], 0, std::max(mxprsh, 0)),
                                exps + column,
@@ -35,17 +37,14 @@ std::array<rys::ShellData, 4> shells_of(const double* exps, const double* coefs,
 }
 
 void clear_block(double* eri, int maxdim) {
-  const std::size_t n = static_cast<std::size_t>(std::max(maxdim, 0));
+  const std::size_t n = count(maxdim);
   std::fill(eri, eri + n * n * n * n, 0.0);
 }
 
 }  // namespace
 
 extern "C" NORVIK_API void RYSQUAD(const double* X, double* t2, double* w, const norvik_int* n) {
-  guarded([&] {
-    const std::size_t count = static_cast<std::size_t>(std::max<norvik_int>(*n, 0));
-    rys::rys_roots(*X, *n, std::span<double>(t2, count), std::span<double>(w, count));
-  });
+  guarded([&] { rys::rys_roots(*X, *n, span_of(t2, *n), span_of(w, *n)); });
 }
 
 extern "C" NORVIK_API void INT2RYS(double* ERI, const double* exps, const double* coefs,
@@ -74,7 +73,6 @@ extern "C" NORVIK_API void INT2RYS2(double* ERI, const double* exps, const doubl
       return;
     }
     clear_block(ERI, *maxdim);
-    const std::size_t length = static_cast<std::size_t>(std::max<norvik_int>(*lscratch, 0));
-    rys::rys_eri(s[0], s[1], s[2], s[3], *cutoff, ERI, *maxdim, std::span<double>(scratch, length));
+    rys::rys_eri(s[0], s[1], s[2], s[3], *cutoff, ERI, *maxdim, span_of(scratch, *lscratch));
   });
 }

@@ -14,6 +14,11 @@
 namespace {
 
 namespace two = norvik::integrals::two;
+namespace basis = norvik::basis;
+using norvik::abi::context_view;
+using norvik::abi::count;
+using norvik::abi::packed;
+using norvik::abi::square;
 
 two::BlockRequest block_request(double* eri, const double* expo, const double* coef,
                                 const double* centre, const norvik_int* nprim,
@@ -32,62 +37,50 @@ two::BlockRequest block_request(double* eri, const double* expo, const double* c
   return r;
 }
 
-std::size_t packed(std::int64_t n) {
-  return static_cast<std::size_t>(n * (n + 1) / 2);
+// The shell record that norvik/common.h lays out, against the basis limits.
+static_assert(NORVIK_SHELL_EXPONENTS + basis::kMaxPrimitives == NORVIK_SHELL_FUNCTIONS);
+static_assert(NORVIK_SHELL_FUNCTION_SIZE == 3 + 4 * basis::kMaxTerms + basis::kMaxPrimitives);
+constexpr int kFunctionSlotsEnd =
+    NORVIK_SHELL_FUNCTIONS + basis::kMaxFunctionsPerShell * NORVIK_SHELL_FUNCTION_SIZE;
+static_assert(kFunctionSlotsEnd + 1 == NORVIK_SHELL_RECORD);  // the last double is unused
+
+// The block arguments (NORVIK_ERI_BLOCK_ARGS) as a request; `work` is not read.
+#define NORVIK_BLOCK_REQUEST \
+  block_request(eri, expo, coef, centre, nprim, lqn, maxdim, mxprsh, cutoff)
+
+std::span<const double> shell_table(const norvik_int* nshell, const double* shelltab) {
+  return {shelltab, count(*nshell) * two::kShellRecord};
 }
 
-two::ContextView context(const norvik_int* nbasis, const norvik_int* nshell, const double* shelltab,
-                         const norvik_int* nshpair, const norvik_int* shpair,
-                         const norvik_int* npair, const norvik_int* pairlist,
-                         const norvik_int* pairmap, const double* vdiag, const double* vint,
-                         const double* thresh) {
-  two::ContextView c;
-  c.nbasis = *nbasis;
-  c.nshell = *nshell;
-  c.shelltab = {shelltab, static_cast<std::size_t>(*nshell) * two::kShellRecord};
-  c.nshpair = *nshpair;
-  c.shpair = {shpair, static_cast<std::size_t>(2 * *nshpair)};
-  c.npair = *npair;
-  c.pairlist = {pairlist, static_cast<std::size_t>(2 * *npair)};
-  c.pairmap = {pairmap, packed(*nbasis)};
-  c.vdiag = {vdiag, packed(*nbasis)};
-  c.vint = {vint, vint ? packed(*npair) : 0};
-  c.thresh = *thresh;
-  return c;
+std::span<const std::int32_t> shell_pairs(const norvik_int* nshpair, const norvik_int* shpair) {
+  return {shpair, 2 * count(*nshpair)};
 }
 
-std::size_t matrix_pair(const norvik_int* nbasis) {
-  return 2 * static_cast<std::size_t>(*nbasis) * static_cast<std::size_t>(*nbasis);
+// A density or Fock pair (nbasis, nbasis, 2).
+template <class T>
+std::span<T> spin_pair(const norvik_int* nbasis, T* p) {
+  return {p, 2 * square(*nbasis)};
 }
 
 }  // namespace
 
-#define NORVIK_CONTEXT_CALL \
-  nshell, shelltab, nshpair, shpair, npair, pairlist, pairmap, vdiag, vint, thresh
-
 extern "C" NORVIK_API void INT2ELEC(NORVIK_ERI_BLOCK_ARGS) {
   (void)work;
-  norvik::abi::guarded([&] {
-    two::int2elec(block_request(eri, expo, coef, centre, nprim, lqn, maxdim, mxprsh, cutoff));
-  });
+  norvik::abi::guarded([&] { two::int2elec(NORVIK_BLOCK_REQUEST); });
 }
 
 extern "C" NORVIK_API void INT2PHMD(NORVIK_ERI_BLOCK_ARGS) {
   (void)work;
-  norvik::abi::guarded([&] {
-    two::int2phmd(block_request(eri, expo, coef, centre, nprim, lqn, maxdim, mxprsh, cutoff));
-  });
+  norvik::abi::guarded([&] { two::int2phmd(NORVIK_BLOCK_REQUEST); });
 }
 
 // The class kernels: S = 0, P = 1, D = 2 in the class code 27La + 9Lb + 3Lc + Ld.
-#define NORVIK_CLASS_KERNEL(NAME, LA, LB, LC, LD)                                     \
-  extern "C" NORVIK_API void NAME(NORVIK_ERI_BLOCK_ARGS) {                            \
-    (void)work;                                                                       \
-    norvik::abi::guarded([&] {                                                        \
-      two::int2phmd_class(                                                            \
-          block_request(eri, expo, coef, centre, nprim, lqn, maxdim, mxprsh, cutoff), \
-          two::class_code(LA, LB, LC, LD), #NAME);                                    \
-    });                                                                               \
+#define NORVIK_CLASS_KERNEL(NAME, LA, LB, LC, LD)                                        \
+  extern "C" NORVIK_API void NAME(NORVIK_ERI_BLOCK_ARGS) {                               \
+    (void)work;                                                                          \
+    norvik::abi::guarded([&] {                                                           \
+      two::int2phmd_class(NORVIK_BLOCK_REQUEST, two::class_code(LA, LB, LC, LD), #NAME); \
+    });                                                                                  \
   }
 
 NORVIK_CLASS_KERNEL(INT2SSSS, 0, 0, 0, 0)
@@ -125,7 +118,6 @@ extern "C" NORVIK_API void PACKSHELLS(const norvik_int* natom, const double* pos
                                       const norvik_int* lmn, const double* termcoef,
                                       const double* expo, const double* coef, double* shelltab) {
   norvik::abi::guarded([&] {
-    namespace basis = norvik::basis;
     constexpr int F = basis::kMaxFunctionsPerShell, T = basis::kMaxTerms, P = basis::kMaxPrimitives;
     int s = 0;
     for (int atom = 0; atom < *natom; ++atom) {
@@ -161,8 +153,7 @@ extern "C" NORVIK_API void PACKSHELLS(const norvik_int* natom, const double* pos
 extern "C" NORVIK_API void REMOVE_SH_PAIR(const norvik_int* nshell, const double* shelltab,
                                           norvik_int* nshpair, norvik_int* shpair) {
   norvik::abi::guarded([&] {
-    const auto kept = two::remove_shell_pairs(
-        *nshell, {shelltab, static_cast<std::size_t>(*nshell) * two::kShellRecord});
+    const auto kept = two::remove_shell_pairs(*nshell, shell_table(nshell, shelltab));
     std::copy(kept.begin(), kept.end(), shpair);
     *nshpair = static_cast<norvik_int>(kept.size() / 2);
   });
@@ -175,9 +166,8 @@ extern "C" NORVIK_API void REMOVE_BA_PAIR(const norvik_int* nbasis, const norvik
                                           double* vdiag) {
   norvik::abi::guarded([&] {
     const std::size_t n2 = packed(*nbasis);
-    two::diagonal_table(*nbasis, *nshell,
-                        {shelltab, static_cast<std::size_t>(*nshell) * two::kShellRecord}, *nshpair,
-                        {shpair, static_cast<std::size_t>(2 * *nshpair)}, {vdiag, n2});
+    two::diagonal_table(*nbasis, *nshell, shell_table(nshell, shelltab), *nshpair,
+                        shell_pairs(nshpair, shpair), {vdiag, n2});
     *npair = two::remove_basis_pairs(*nbasis, {vdiag, n2}, {pairlist, 2 * n2}, {pairmap, n2});
   });
 }
@@ -186,24 +176,22 @@ extern "C" NORVIK_API void CALCVJDG(const norvik_int* nbasis, const norvik_int* 
                                     const double* shelltab, const norvik_int* nshpair,
                                     const norvik_int* shpair, double* vdiag) {
   norvik::abi::guarded([&] {
-    two::diagonal_table(*nbasis, *nshell,
-                        {shelltab, static_cast<std::size_t>(*nshell) * two::kShellRecord}, *nshpair,
-                        {shpair, static_cast<std::size_t>(2 * *nshpair)}, {vdiag, packed(*nbasis)});
+    two::diagonal_table(*nbasis, *nshell, shell_table(nshell, shelltab), *nshpair,
+                        shell_pairs(nshpair, shpair), {vdiag, packed(*nbasis)});
   });
 }
 
 extern "C" NORVIK_API void CALCVINT(const norvik_int* nbasis, NORVIK_CONTEXT_ARGS) {
   norvik::abi::guarded([&] {
-    const auto c = context(nbasis, NORVIK_CONTEXT_CALL);
-    two::fill_store(c, {vint, packed(*npair)});
+    // The store is written through its own span; the view does not read it.
+    two::fill_store(context_view(*nbasis, NORVIK_CONTEXT_CALL, false), {vint, packed(*npair)});
   });
 }
 
 extern "C" NORVIK_API void CALCVINT_SUB(const norvik_int* nshell, const double* shelltab,
                                         const norvik_int* ishell, double* block) {
   norvik::abi::guarded([&] {
-    two::shell_quartet_block(*nshell,
-                             {shelltab, static_cast<std::size_t>(*nshell) * two::kShellRecord},
+    two::shell_quartet_block(*nshell, shell_table(nshell, shelltab),
                              {ishell[0], ishell[1], ishell[2], ishell[3]},
                              {block, static_cast<std::size_t>(two::kQuartetBlockSize)});
   });
@@ -212,8 +200,8 @@ extern "C" NORVIK_API void CALCVINT_SUB(const norvik_int* nshell, const double* 
 extern "C" NORVIK_API void SHIFTVPART(const norvik_int* nbasis, NORVIK_CONTEXT_ARGS,
                                       const norvik_int* ishell, const double* block) {
   norvik::abi::guarded([&] {
-    const auto c = context(nbasis, NORVIK_CONTEXT_CALL);
-    two::shift_block(c, {ishell[0], ishell[1], ishell[2], ishell[3]},
+    two::shift_block(context_view(*nbasis, NORVIK_CONTEXT_CALL, false),
+                     {ishell[0], ishell[1], ishell[2], ishell[3]},
                      {block, static_cast<std::size_t>(two::kQuartetBlockSize)},
                      {vint, packed(*npair)});
   });
@@ -223,16 +211,16 @@ extern "C" NORVIK_API void CALCVDRCTXCH(const norvik_int* nbasis, NORVIK_CONTEXT
                                         const double* a, const double* rho, double* fock) {
   if (*a == 0.0) return CALCVHARTREE(nbasis, NORVIK_CONTEXT_CALL, rho, fock);
   norvik::abi::guarded([&] {
-    two::fock_stored(context(nbasis, NORVIK_CONTEXT_CALL), *a, {rho, matrix_pair(nbasis)},
-                     {fock, matrix_pair(nbasis)});
+    two::fock_stored(context_view(*nbasis, NORVIK_CONTEXT_CALL, true), *a, spin_pair(nbasis, rho),
+                     spin_pair(nbasis, fock));
   });
 }
 
 extern "C" NORVIK_API void CALCVHARTREE(const norvik_int* nbasis, NORVIK_CONTEXT_ARGS,
                                         const double* rho, double* fock) {
   norvik::abi::guarded([&] {
-    two::coulomb_stored(context(nbasis, NORVIK_CONTEXT_CALL), {rho, matrix_pair(nbasis)},
-                        {fock, matrix_pair(nbasis)});
+    two::coulomb_stored(context_view(*nbasis, NORVIK_CONTEXT_CALL, true), spin_pair(nbasis, rho),
+                        spin_pair(nbasis, fock));
   });
 }
 
@@ -241,16 +229,16 @@ extern "C" NORVIK_API void UPDATEDRCTXCH(const norvik_int* nbasis, NORVIK_CONTEX
                                          double* fock) {
   if (*a == 0.0) return UPDATEHARTREE(nbasis, NORVIK_CONTEXT_CALL, rho, rhoprev, fock);
   norvik::abi::guarded([&] {
-    two::fock_direct(context(nbasis, NORVIK_CONTEXT_CALL), *a, {rho, matrix_pair(nbasis)},
-                     {rhoprev, matrix_pair(nbasis)}, {fock, matrix_pair(nbasis)});
+    two::fock_direct(context_view(*nbasis, NORVIK_CONTEXT_CALL, false), *a, spin_pair(nbasis, rho),
+                     spin_pair(nbasis, rhoprev), spin_pair(nbasis, fock));
   });
 }
 
 extern "C" NORVIK_API void UPDATEHARTREE(const norvik_int* nbasis, NORVIK_CONTEXT_ARGS,
                                          const double* rho, double* rhoprev, double* fock) {
   norvik::abi::guarded([&] {
-    two::coulomb_direct(context(nbasis, NORVIK_CONTEXT_CALL), {rho, matrix_pair(nbasis)},
-                        {rhoprev, matrix_pair(nbasis)}, {fock, matrix_pair(nbasis)});
+    two::coulomb_direct(context_view(*nbasis, NORVIK_CONTEXT_CALL, false), spin_pair(nbasis, rho),
+                        spin_pair(nbasis, rhoprev), spin_pair(nbasis, fock));
   });
 }
 
@@ -258,9 +246,9 @@ extern "C" NORVIK_API void SCREENING(const norvik_int* nbasis, NORVIK_CONTEXT_AR
                                      const norvik_int* ishell, const double* drho,
                                      norvik_int* flag) {
   norvik::abi::guarded([&] {
-    const auto c = context(nbasis, NORVIK_CONTEXT_CALL);
+    const auto c = context_view(*nbasis, NORVIK_CONTEXT_CALL, false);
     *flag = two::screening(c, {ishell[0] - 1, ishell[1] - 1, ishell[2] - 1, ishell[3] - 1},
-                           {drho, matrix_pair(nbasis)})
+                           spin_pair(nbasis, drho))
                 ? 1
                 : 0;
   });

@@ -16,6 +16,9 @@
 
 namespace la = norvik::linalg;
 using la::Index;
+using norvik::abi::const_matrix;
+using norvik::abi::matrix_view;
+using norvik::abi::span_of;
 
 namespace {
 
@@ -25,37 +28,26 @@ bool bad_shape(norvik_int n, norvik_int ld) {
   return n < 1 || ld < n;
 }
 
-template <class T>
-std::span<T> vec(T* p, norvik_int n) {
-  return {p, static_cast<std::size_t>(n > 0 ? n : 0)};
-}
-
-la::MatrixView square(double* p, norvik_int n, norvik_int ld) {
-  return {p, n, n, ld};
-}
-la::ConstMatrixView square(const double* p, norvik_int n, norvik_int ld) {
-  return {p, n, n, ld};
-}
-
 norvik_int standard_eigen(double* a, norvik_int n, norvik_int lda, double* e, double* v, double tol,
                           la::Order order) {
   if (bad_shape(n, lda)) return la::code(la::Status::bad_dimension);
-  return la::code(la::symmetric_eigen(square(a, n, lda), vec(e, n), square(v, n, lda),
+  return la::code(la::symmetric_eigen(matrix_view(a, n, lda), span_of(e, n), matrix_view(v, n, lda),
                                       {.tolerance = tol, .order = order}));
 }
 
 norvik_int general_eigen(double* a, double* b, norvik_int n, norvik_int lda, double* e, double* v,
                          double tol, la::Order order) {
   if (bad_shape(n, lda)) return la::code(la::Status::bad_dimension);
-  return la::code(la::generalized_eigen(square(a, n, lda), square(b, n, lda), vec(e, n),
-                                        square(v, n, lda), {.tolerance = tol, .order = order}));
+  return la::code(la::generalized_eigen(matrix_view(a, n, lda), matrix_view(b, n, lda),
+                                        span_of(e, n), matrix_view(v, n, lda),
+                                        {.tolerance = tol, .order = order}));
 }
 
 norvik_int tridiagonal_eigen(double* d, double* e, norvik_int n, la::MatrixView v, double tol) {
   if (n < 1) return la::code(la::Status::bad_dimension);
-  const auto s = la::tridiagonal_ql(vec(d, n), vec(e, n - 1), v, tol);
+  const auto s = la::tridiagonal_ql(span_of(d, n), span_of(e, n - 1), v, tol);
   if (s != la::Status::ok) return la::code(s);
-  la::sort_values(vec(d, n), v, la::Order::descending);
+  la::sort_values(span_of(d, n), v, la::Order::descending);
   return 0;
 }
 
@@ -92,7 +84,7 @@ extern "C" NORVIK_API void CHOLFD(double* a, const norvik_int* n, const norvik_i
       *ill = la::code(la::Status::bad_dimension);
       return;
     }
-    const auto l = square(a, *n, *lda);
+    const auto l = matrix_view(a, *n, *lda);
     *ill = la::code(la::cholesky(l, *tol));
     if (*ill == 0) {
       for (Index i = 0; i < *n; ++i) work[i] = 1.0 / l(i, i);
@@ -107,8 +99,8 @@ extern "C" NORVIK_API void SDECD(double* a, const norvik_int* n, norvik_int* ipi
       *ill = la::code(la::Status::bad_dimension);
       return;
     }
-    const auto pivots = vec(ipiv, *n);
-    *ill = la::code(la::bunch_kaufman_factor(square(a, *n, *n), pivots));
+    const auto pivots = span_of(ipiv, *n);
+    *ill = la::code(la::bunch_kaufman_factor(matrix_view(a, *n), pivots));
     // 0-based record (p, or -p-1 for a 2×2 block) to the 1-based one (p+1, or -(p+1)).
     for (auto& p : pivots) p = p >= 0 ? p + 1 : p;
   });
@@ -139,7 +131,7 @@ extern "C" NORVIK_API void SSOLD(const double* a, const norvik_int* n, const nor
         pivots[static_cast<std::size_t>(k++)] = p;
       }
     }
-    la::bunch_kaufman_solve(square(a, order, order), pivots, vec(b, order));
+    la::bunch_kaufman_solve(const_matrix(a, order), pivots, span_of(b, order));
     *ill = 0;
   });
 }
@@ -151,9 +143,9 @@ extern "C" NORVIK_API void BUNCHD(double* a, const norvik_int* n, double* b, nor
       return;
     }
     std::vector<int> pivots(static_cast<std::size_t>(*n));
-    const auto f = square(a, *n, *n);
+    const auto f = matrix_view(a, *n);
     *ill = la::code(la::bunch_kaufman_factor(f, pivots));
-    if (*ill == 0) la::bunch_kaufman_solve(f, pivots, vec(b, *n));
+    if (*ill == 0) la::bunch_kaufman_solve(f, pivots, span_of(b, *n));
   });
 }
 
@@ -161,7 +153,7 @@ extern "C" NORVIK_API void ICHGD(double* a, const norvik_int* n, const norvik_in
                                  const norvik_int* j) {
   norvik::abi::guarded([&] {
     if (*i < 1 || *j < 1 || *i > *n || *j > *n) return;
-    la::interchange(square(a, *n, *n), *i - 1, *j - 1);
+    la::interchange(matrix_view(a, *n), *i - 1, *j - 1);
   });
 }
 
@@ -169,7 +161,7 @@ extern "C" NORVIK_API void MINVD(double* a, const norvik_int* n, const norvik_in
                                  norvik_int* ill) {
   norvik::abi::guarded([&] {
     *ill = bad_shape(*n, *lda) ? la::code(la::Status::bad_dimension)
-                               : la::code(la::invert(square(a, *n, *lda)));
+                               : la::code(la::invert(matrix_view(a, *n, *lda)));
   });
 }
 
@@ -182,22 +174,23 @@ extern "C" NORVIK_API void HEQRVD(double* d, double* e, const norvik_int* n, dou
                                   const norvik_int* ldv, const double* tol, norvik_int* ill) {
   norvik::abi::guarded([&] {
     *ill = bad_shape(*n, *ldv) ? la::code(la::Status::bad_dimension)
-                               : tridiagonal_eigen(d, e, *n, square(v, *n, *ldv), *tol);
+                               : tridiagonal_eigen(d, e, *n, matrix_view(v, *n, *ldv), *tol);
   });
 }
 
 extern "C" NORVIK_API void SORTDK(double* v, const norvik_int* n) {
-  norvik::abi::guarded([&] { la::sort_values(vec(v, *n), la::Order::descending); });
+  norvik::abi::guarded([&] { la::sort_values(span_of(v, *n), la::Order::descending); });
 }
 
 extern "C" NORVIK_API void SORTDI(double* v, norvik_int* idx, const norvik_int* n) {
-  norvik::abi::guarded([&] { la::sort_values(vec(v, *n), vec(idx, *n), la::Order::descending); });
+  norvik::abi::guarded(
+      [&] { la::sort_values(span_of(v, *n), span_of(idx, *n), la::Order::descending); });
 }
 
 extern "C" NORVIK_API void SRTVDD(double* v, double* z, const norvik_int* n) {
   norvik::abi::guarded([&] {
     if (*n < 1) return;
-    la::sort_values(vec(v, *n), square(z, *n, *n), la::Order::descending);
+    la::sort_values(span_of(v, *n), matrix_view(z, *n), la::Order::descending);
   });
 }
 
@@ -206,8 +199,8 @@ extern "C" NORVIK_API void SPLEVEL(const double* f, const double* s, const doubl
                                    const norvik_int* ispin, double* eig, double* c) {
   norvik::abi::guarded([&] {
     const norvik_int n = *nbasis;
-    la::solve_roothaan(square(f, n, n), square(s, n, n), square(x, n, n), *northo, *ispin,
-                       vec(eig, n), square(c, n, n));
+    la::solve_roothaan(const_matrix(f, n), const_matrix(s, n), const_matrix(x, n), *northo, *ispin,
+                       span_of(eig, n), matrix_view(c, n));
   });
 }
 
@@ -215,7 +208,8 @@ extern "C" NORVIK_API void SPLEVEL_GHQR(const double* f, const double* s, const 
                                         const norvik_int* ispin, double* eig, double* c) {
   norvik::abi::guarded([&] {
     const norvik_int n = *nbasis;
-    la::solve_roothaan_full(square(f, n, n), square(s, n, n), *ispin, vec(eig, n), square(c, n, n));
+    la::solve_roothaan_full(const_matrix(f, n), const_matrix(s, n), *ispin, span_of(eig, n),
+                            matrix_view(c, n));
   });
 }
 
@@ -223,8 +217,8 @@ extern "C" NORVIK_API void SPLEVEL_ORTH(const double* f, const double* x, const 
                                         const norvik_int* northo, double* eig, double* c) {
   norvik::abi::guarded([&] {
     const norvik_int n = *nbasis;
-    la::solve_roothaan_orthogonal(square(f, n, n), square(x, n, n), *northo, vec(eig, n),
-                                  square(c, n, n));
+    la::solve_roothaan_orthogonal(const_matrix(f, n), const_matrix(x, n), *northo, span_of(eig, n),
+                                  matrix_view(c, n));
   });
 }
 
@@ -233,6 +227,6 @@ extern "C" NORVIK_API void ORTHOG_BASIS(const norvik_int* nofbase, const double*
                                         double* x) {
   norvik::abi::guarded([&] {
     const norvik_int n = *nofbase;
-    *nindependent = la::orthogonalize_basis(square(s, n, n), *threshold, square(x, n, n));
+    *nindependent = la::orthogonalize_basis(const_matrix(s, n), *threshold, matrix_view(x, n));
   });
 }

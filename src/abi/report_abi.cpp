@@ -8,20 +8,20 @@
 
 namespace {
 
+using norvik::abi::append_to;
+using norvik::abi::count;
 using norvik::abi::guarded;
-using norvik::abi::kFileNameLength;
 using norvik::abi::kKeywordLength;
-using norvik::abi::kLongKeywordLength;
+using norvik::abi::kNameLength;
 using norvik::abi::text_in;
 namespace report = norvik::report;
-using norvik::abi::append_to;
 
 std::span<const double> positions(const norvik_int* natom, const double* pos) {
-  return {pos, 3 * static_cast<std::size_t>(*natom > 0 ? *natom : 0)};
+  return {pos, 3 * count(*natom)};
 }
 
 std::span<const int> per_atom(const norvik_int* natom, const norvik_int* values) {
-  return {values, static_cast<std::size_t>(*natom > 0 ? *natom : 0)};
+  return {values, count(*natom)};
 }
 
 }  // namespace
@@ -41,7 +41,7 @@ NORVIK_API void WRITE_LOG_HF(const norvik_int* iopt, const norvik_int* isrc, con
                              const double* comm2, const char* logfile) {
   guarded([&] {
     append_to(logfile, {report::log_cycle_line(*iopt, *isrc, *iscf, *emol,
-                                            {dipole[0], dipole[1], dipole[2]}, *rmsd, *comm2)});
+                                               {dipole[0], dipole[1], dipole[2]}, *rmsd, *comm2)});
   });
 }
 
@@ -62,13 +62,13 @@ NORVIK_API void WRITE_THEORY(const char* theory, const char* r) {
 }
 
 NORVIK_API void WRITE_MOLNAME(const char* molname, const char* r) {
-  guarded([&] { append_to(r, report::molecule_name(text_in(molname, kLongKeywordLength))); });
+  guarded([&] { append_to(r, report::molecule_name(text_in(molname, kNameLength))); });
 }
 
 NORVIK_API void WRITE_MOLNAME_KS(const char* molname, const char* functional, const char* r) {
   guarded([&] {
-    append_to(r, report::molecule_name_ks(text_in(molname, kLongKeywordLength),
-                                       text_in(functional, kKeywordLength)));
+    append_to(r, report::molecule_name_ks(text_in(molname, kNameLength),
+                                          text_in(functional, kKeywordLength)));
   });
 }
 
@@ -81,7 +81,7 @@ NORVIK_API void WRITE_ATMNAME_KS(const norvik_int* z, const char* functional, co
 }
 
 NORVIK_API void WRITE_BASIS(const char* basname, const char* r) {
-  guarded([&] { append_to(r, report::basis(text_in(basname, kLongKeywordLength))); });
+  guarded([&] { append_to(r, report::basis(text_in(basname, kNameLength))); });
 }
 
 NORVIK_API void WRITE_NUMBERS(const norvik_int* nalpha, const norvik_int* nbeta,
@@ -94,7 +94,7 @@ NORVIK_API void WRITE_NUMBERS_KS(const norvik_int* nalpha, const norvik_int* nbe
                                  const char* functional, const char* r) {
   guarded([&] {
     append_to(r, report::numbers_ks(*nalpha, *nbeta, *natom, *nghost,
-                                 text_in(functional, kKeywordLength)));
+                                    text_in(functional, kKeywordLength)));
   });
 }
 
@@ -110,7 +110,7 @@ NORVIK_API void WRITE_SCF_ATOM_KS(const norvik_int* niter_hf, const norvik_int* 
                                   const char* r) {
   guarded([&] {
     append_to(r, report::scf_atom_ks({*niter_hf, *niter_ks}, {*damp_hf, *damp_ks},
-                                  {*thr_ene_hf, *thr_ene_ks}, {*thr_rms_hf, *thr_rms_ks}));
+                                     {*thr_ene_hf, *thr_ene_ks}, {*thr_rms_hf, *thr_rms_ks}));
   });
 }
 
@@ -120,7 +120,7 @@ NORVIK_API void WRITE_SCF(const norvik_int* niter_atom, const norvik_int* niter_
                           const double* thr_rms_atom, const double* thr_rms_mole, const char* r) {
   guarded([&] {
     append_to(r, report::scf({*niter_atom, *niter_mole}, {*damp_atom, *damp_mole},
-                          {*thr_ene_atom, *thr_ene_mole}, {*thr_rms_atom, *thr_rms_mole}));
+                             {*thr_ene_atom, *thr_ene_mole}, {*thr_rms_atom, *thr_rms_mole}));
   });
 }
 
@@ -131,7 +131,7 @@ NORVIK_API void WRITE_SCF_KS(const norvik_int* n1, const norvik_int* n2, const n
                              const double* r3, const double* r4, const char* r) {
   guarded([&] {
     append_to(r, report::scf_ks({*n1, *n2, *n3, *n4}, {*d1, *d2, *d3, *d4}, {*e1, *e2, *e3, *e4},
-                             {*r1, *r2, *r3, *r4}));
+                                {*r1, *r2, *r3, *r4}));
   });
 }
 
@@ -144,23 +144,23 @@ NORVIK_API void WRITE_GEOMETRY_GHST(const norvik_int* natom, const double* pos,
                                     const norvik_int* zat, const norvik_int* zel, const char* r) {
   guarded([&] {
     append_to(r, report::geometry_ghost(positions(natom, pos), per_atom(natom, zat),
-                                     per_atom(natom, zel)));
+                                        per_atom(natom, zel)));
   });
 }
 
 NORVIK_API void WRITE_COORDINATES(const norvik_int* natom, const double* pos, const norvik_int* zel,
                                   const norvik_int* zat, const char* r) {
   guarded([&] {
-    append_to(r,
-           report::coordinates(positions(natom, pos), per_atom(natom, zel), per_atom(natom, zat)));
+    append_to(
+        r, report::coordinates(positions(natom, pos), per_atom(natom, zel), per_atom(natom, zat)));
   });
 }
 
 NORVIK_API void WRITE_XYZ(const norvik_int* natom, const double* pos, const norvik_int* zel,
                           const char* title, const char* r) {
   guarded([&] {
-    append_to(r, report::xyz(positions(natom, pos), per_atom(natom, zel),
-                          text_in(title, kLongKeywordLength)));
+    append_to(
+        r, report::xyz(positions(natom, pos), per_atom(natom, zel), text_in(title, kNameLength)));
   });
 }
 
@@ -168,7 +168,7 @@ NORVIK_API void WRITE_XYZL(const norvik_int* natom, const double* pos, const nor
                            const char* title, const char* r) {
   guarded([&] {
     append_to(r, report::xyz_labelled(positions(natom, pos), per_atom(natom, zel),
-                                   text_in(title, kLongKeywordLength)));
+                                      text_in(title, kNameLength)));
   });
 }
 
@@ -189,12 +189,13 @@ NORVIK_API void WRITE_INCORE(const norvik_int* flag, const norvik_int* nbasis,
                              const norvik_int* npair, const norvik_int* neffective_pair,
                              const double* vint_gb, const double* limit_gb, const char* r) {
   guarded([&] {
-    append_to(r, report::in_core(*flag == 1, *nbasis, *npair, *neffective_pair, *vint_gb, *limit_gb));
+    append_to(r,
+              report::in_core(*flag == 1, *nbasis, *npair, *neffective_pair, *vint_gb, *limit_gb));
   });
 }
 
 NORVIK_API void TIMESTAMP(const char* text) {
-  guarded([&] { norvik::io::timestamp(text_in(text, 40)); });
+  guarded([&] { norvik::io::timestamp(text_in(text, norvik::abi::kTimestampLength)); });
 }
 
 }  // extern "C"

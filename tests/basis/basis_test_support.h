@@ -8,6 +8,7 @@
 
 #include "basis/library.h"
 #include "common/error.h"
+#include "norvik/common.h"
 
 namespace norvik::test {
 
@@ -36,10 +37,10 @@ inline const std::vector<NameCase>& all_names() {
   return names;
 }
 
-// A name as the host passes it: blank-padded to 20 characters.
+// A name as the host passes it: blank-padded to the name length.
 inline std::string padded(std::string_view name) {
   std::string text(name);
-  text.resize(20, ' ');
+  text.resize(NORVIK_NAME_LENGTH, ' ');
   return text;
 }
 

@@ -19,16 +19,18 @@ static void pad(char* buffer, int length, const char* text) {
 struct hf_job {
   double v2, v14, v16, v18, v20, damp[2], ene[2], rms[2];
   norvik_int v4, niter[2], i6, i8, i10, charge, mult, na, nb, norb, nshort, natom, nghost;
-  char theory[10], basis[20], name[20], t12[120], t14[20], t18[20];
+  char theory[NORVIK_KEYWORD_LENGTH], basis[NORVIK_NAME_LENGTH], name[NORVIK_NAME_LENGTH];
+  char t12[NORVIK_FILE_NAME_LENGTH], t14[NORVIK_NAME_LENGTH], t18[NORVIK_NAME_LENGTH];
   norvik_int zat[MAXATOM], zel[MAXATOM];
   double pos[3 * MAXATOM];
 };
 
 static void setup_hf(struct hf_job* j, const char* molfile, const char* parfile) {
-  char mol[120], par[120];
+  char mol[NORVIK_FILE_NAME_LENGTH], par[NORVIK_FILE_NAME_LENGTH];
   norvik_int maxatom = MAXATOM, maxorb = 100;
-  pad(mol, 120, molfile);
-  pad(par, 120, strcmp(parfile, "-") == 0 ? "" : parfile); /* "-": no parameter file */
+  pad(mol, NORVIK_FILE_NAME_LENGTH, molfile);
+  pad(par, NORVIK_FILE_NAME_LENGTH,
+      strcmp(parfile, "-") == 0 ? "" : parfile); /* "-": no parameter file */
   SETUP_HF(&maxatom, &maxorb, mol, par, &j->v2, &j->v4, &j->niter[0], &j->niter[1], &j->damp[0],
            &j->damp[1], &j->ene[0], &j->ene[1], &j->rms[0], &j->rms[1], &j->v14, &j->v16, &j->v18,
            &j->v20, j->theory, j->basis, j->name, &j->i6, &j->i8, &j->i10, j->t12, j->t14, j->t18,
@@ -39,15 +41,16 @@ static void setup_hf(struct hf_job* j, const char* molfile, const char* parfile)
 /* Every header section of a Hartree-Fock job, then the report on stdout. */
 static int header(const char* molfile, const char* parfile, const char* reportfile) {
   struct hf_job j;
-  char report[120], title[20];
-  double bohr = 0.5291772104, hartree = 27.2113850785, vint = 10.0, tdhf = 0.032, mp2 = 0.9;
+  char report[NORVIK_FILE_NAME_LENGTH], title[NORVIK_NAME_LENGTH];
+  double bohr = NORVIK_BOHR_ANGSTROM, hartree = NORVIK_HARTREE_EV, vint = 10.0, tdhf = 0.032,
+         mp2 = 0.9;
   norvik_int z = 8, flag = 1, nbasis = 25, npair = 325, neff = 300, one = 1;
   double limit = 4.0, thr = 1e-5, d = 0.7;
   FILE* f;
   int c;
   memset(&j, 0, sizeof j);
   setup_hf(&j, molfile, parfile);
-  pad(report, 120, reportfile);
+  pad(report, NORVIK_FILE_NAME_LENGTH, reportfile);
   remove(reportfile);
   WRITE_SHEBANG(report);
   WRITE_START(report);
@@ -60,7 +63,7 @@ static int header(const char* molfile, const char* parfile, const char* reportfi
   WRITE_GEOMETRY(&j.natom, j.pos, j.zat, report);
   WRITE_GEOMETRY_GHST(&j.natom, j.pos, j.zat, j.zel, report);
   WRITE_COORDINATES(&j.natom, j.pos, j.zel, j.zat, report);
-  pad(title, 20, "water");
+  pad(title, NORVIK_NAME_LENGTH, "water");
   WRITE_XYZ(&j.natom, j.pos, j.zel, title, report);
   WRITE_XYZL(&j.natom, j.pos, j.zel, title, report);
   WRITE_SCF_ATOM(&one, &d, &thr, &thr, report);
@@ -103,11 +106,11 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (strcmp(argv[1], "symbol") == 0 && argc == 3) {
-    char s[2], name[20];
-    pad(s, 2, argv[2]);
+    char s[NORVIK_SYMBOL_LENGTH], name[NORVIK_NAME_LENGTH];
+    pad(s, NORVIK_SYMBOL_LENGTH, argv[2]);
     printf("%d\n", (int)SMB2CHG(s));
     SMB2NAME(s, name);
-    printf("%.20s|\n", name);
+    printf("%.*s|\n", NORVIK_NAME_LENGTH, name);
     return 0;
   }
   if (strcmp(argv[1], "mass") == 0 && argc == 3) {

@@ -32,7 +32,7 @@ TEST(ReportSections, ConstantsBlock) {
       "# Bohr radius  =   0.5291772104 [A]",
       "# Hartree unit =  27.2113850785 [eV]",
   };
-  EXPECT_EQ(norvik::report::constants(0.5291772104, 27.2113850785), expected);
+  EXPECT_EQ(norvik::report::constants(NORVIK_BOHR_ANGSTROM, NORVIK_HARTREE_EV), expected);
 }
 
 TEST(ReportSections, ScfSettings) {
@@ -117,7 +117,7 @@ TEST(ReportWriters, AppendSectionsInCallOrder) {
   const auto path = std::filesystem::temp_directory_path() / "norvik_report_writers.report";
   std::filesystem::remove(path);
   std::string name = path.string();
-  name.resize(120, ' ');
+  name.resize(NORVIK_FILE_NAME_LENGTH, ' ');
   WRITE_SHEBANG(name.data());
   const norvik_int na = 3, nb = 2, natom = 2, nghost = 0;
   WRITE_NUMBERS(&na, &nb, &natom, &nghost, name.data());

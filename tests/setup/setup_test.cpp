@@ -175,13 +175,14 @@ TEST_F(ScratchFiles, ParameterFilesKeepNullValues) {
 // Kohn-Sham presets.
 TEST_F(ScratchFiles, ExportedSetupKs) {
   std::string molfile = molecule("0 0", 0, 1, kWater);
-  molfile.resize(120, ' ');
-  const std::string parfile(120, ' ');
+  molfile.resize(NORVIK_FILE_NAME_LENGTH, ' ');
+  const std::string parfile(NORVIK_FILE_NAME_LENGTH, ' ');
   const norvik_int maxatom = 5, maxorb = 6;
   double v2 = 1.0, v14 = 0, v16 = 0, v18 = 0, v20a = 0, v20b = 0;
   norvik_int v4 = 0, n[4] = {1, 2, 3, 4};
   double damp[4] = {}, ene[4] = {}, rms[4] = {};
-  char theory[10], t4[20], t6[20], t12[120], t14[20], t18[20];
+  char theory[NORVIK_KEYWORD_LENGTH], t4[NORVIK_NAME_LENGTH], t6[NORVIK_NAME_LENGTH],
+      t12[NORVIK_FILE_NAME_LENGTH], t14[NORVIK_NAME_LENGTH], t18[NORVIK_NAME_LENGTH];
   norvik_int i6, i8, i10, charge = 0, mult = 0, na, nb, norb, nshort, natom, nghost;
   std::vector<norvik_int> zat(maxatom, -1), zel(maxatom, -1);
   std::vector<double> pos(3 * maxatom, -1.0);

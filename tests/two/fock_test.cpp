@@ -61,7 +61,7 @@ std::vector<double> full_tensor(const TwoElectronContext& t) {
   std::vector<double> block(kQuartetBlockSize);
   std::vector<int> first(t.nshell + 1, 0), kind(t.nshell);
   for (int s = 0; s < t.nshell; ++s) {
-    kind[s] = static_cast<int>(t.shelltab[s * 160]);
+    kind[s] = static_cast<int>(t.shelltab[s * NORVIK_SHELL_RECORD + NORVIK_SHELL_KIND]);
     first[s + 1] = first[s] + kind[s];
   }
   for (int a = 1; a <= t.nshell; ++a)
@@ -252,7 +252,7 @@ TEST(TwoFockBuild, FlatRoutinesMatchTheCore) {
       for (int p = 0; p < 6; ++p) co[p + 6 * (7 * sh + f)] = fn.coef[p];
     }
   }
-  std::vector<double> tab(160 * nshell);
+  std::vector<double> tab(NORVIK_SHELL_RECORD * nshell);
   PACKSHELLS(&natom, pos.data(), nsa.data(), &nshell, kind.data(), lm.data(), np.data(),
              nterm.data(), lmn.data(), tc.data(), ex.data(), co.data(), tab.data());
   for (std::size_t e = 0; e < tab.size(); ++e) EXPECT_NEAR(tab[e], t.shelltab[e], 1e-12);

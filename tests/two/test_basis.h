@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "basis/basis_set.h"
+#include "common/constants.h"
 
 namespace norvik::testing {
 
@@ -134,7 +135,8 @@ inline Molecule from_angstrom(std::vector<int> z, std::vector<Vec3> xyz) {
   Molecule m;
   m.z = std::move(z);
   for (auto& p : xyz)
-    m.bohr.push_back({p[0] / 0.5291772104, p[1] / 0.5291772104, p[2] / 0.5291772104});
+    m.bohr.push_back({p[0] / constants::kBohrAngstrom, p[1] / constants::kBohrAngstrom,
+                      p[2] / constants::kBohrAngstrom});
   return m;
 }
 

@@ -18,10 +18,11 @@
 #include <vector>
 
 #include "basis/basis_set.h"
+#include "norvik/common.h"
 
 namespace norvik::integrals::two {
 
-inline constexpr int kShellRecord = 160;
+inline constexpr int kShellRecord = NORVIK_SHELL_RECORD;
 inline constexpr int kMaxShellFunctions = basis::kMaxFunctionsPerShell;
 
 // Writes the record of one shell; `atom` is 1-based.
