@@ -1,6 +1,6 @@
-// Step 3 and 4 of a Hartree-Fock job in the host: the free atoms, then one point
-// at the input geometry, built from the library's lower-level routines so that
-// the run log and the in-core note come out as in an optimisation step.
+// Step 3 and 4 of a Hartree-Fock job in the host: the free atoms, then the
+// library's point at the input geometry (integrals, SCF, run log and its
+// report notes), then the result sections.
 #pragma once
 
 #include "host_job.h"

@@ -300,6 +300,43 @@ NORVIK_API void HF_1POINT(const char* basis, const norvik_int* natom, const norv
                           double* rho, double* orbitals, double* energy, double* dipole,
                           double* de_final, norvik_int* northo, norvik_int* incore);
 
+/* One point of a job, as a host runs it: the single point of HF_1POINT with
+ * the run log and the point's report sections.
+ *   1 method (in, 10 chars: "HF", "MP2", "RPA", "TDA" run Hartree–Fock; the
+ *     Kohn–Sham functionals are not available yet and stop with "Kohn-Sham is
+ *     not available in SCF_1point." and the name);
+ *   2 basis (in, 20 chars);  3 report (in, 120 chars: receives the linear
+ *     dependence of the basis, WRITE_DEPEND, and the in-core choice,
+ *     WRITE_INCORE);  4 logfile (in, 120 chars, blank: none): one line per SCF
+ *     cycle, as HF_SCF writes it (its first integer iopt, its second 0), and a
+ *     blank line after the SCF;  5 iopt (in);
+ *   6 natom;  7 zat;  8 zel;  9 pos (in, (3, natom) Å);  10 nalpha, 11 nbeta;
+ *   12 niter, 13 damp, 14 thr_ene, 15 thr_rms (in, the molecule settings);
+ *   16 ramlimit (in, GB);  17 thr_screen (in, eV);  18 thr_orth (in);
+ *   19 start (in): 0 the bare one-electron start (the orbitals of T + V), 1 the
+ *     superposed free-atom densities atomrho (the bare start when they hold no
+ *     electrons), 2 the density supplied in rho, rescaled to nalpha, nbeta;
+ *   20 atomrho (in, (n, n, 2), from ATOMS; read only for start 1);
+ *   21 nbasis (in, must equal the basis size);  22 S (out, (n, n) overlap);
+ *   23 rho (in-out, (n, n, 2));  24 orbitals (out, (n, n+1, 2));
+ *   25 energy (out, 3: electronic, nuclear repulsion, molecular, eV);
+ *   26 dipole (out, 3, electronic + nuclear, e·Å);  27 de_final (out, eV);
+ *   28 northo (out);  29 incore (out, 1 stored integrals, 0 integral-direct);
+ *   30 ncycle (out, SCF cycles made);  31 converged (out, flag: the SCF met both
+ *     thresholds before niter cycles).
+ * Progress: "Integrals ok." on standard output once the integrals are ready.
+ * A wrong nbasis stops with "Wrong nbasis in SCF_1point." and both numbers. */
+NORVIK_API void SCF_1POINT(const char* method, const char* basis, const char* report,
+                           const char* logfile, const norvik_int* iopt, const norvik_int* natom,
+                           const norvik_int* zat, const norvik_int* zel, const double* pos,
+                           const norvik_int* nalpha, const norvik_int* nbeta,
+                           const norvik_int* niter, const double* damp, const double* thr_ene,
+                           const double* thr_rms, const double* ramlimit, const double* thr_screen,
+                           const double* thr_orth, const norvik_int* start, const double* atomrho,
+                           const norvik_int* nbasis, double* S, double* rho, double* orbitals,
+                           double* energy, double* dipole, double* de_final, norvik_int* northo,
+                           norvik_int* incore, norvik_int* ncycle, norvik_bool* converged);
+
 /* ---- report sections (each appends to the report file, the last argument) ------- */
 
 /* Free-atom energies: natom; zat; zel; eatom (natom, eV); report. */

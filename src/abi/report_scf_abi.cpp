@@ -16,10 +16,7 @@ using norvik::abi::kFileNameLength;
 using norvik::abi::text_in;
 namespace report = norvik::report;
 using norvik::abi::append_to;
-
-std::size_t count(norvik_int n) {
-  return static_cast<std::size_t>(n > 0 ? n : 0);
-}
+using norvik::abi::count;
 
 // The levels of one spin in the orbital array (n, n+1, 2).
 std::span<const double> spin_levels(const double* orbitals, norvik_int nbasis, int spin) {
@@ -52,8 +49,8 @@ extern "C" NORVIK_API void WRITE_LEVELS(const norvik_int* nbasis, const norvik_i
                                         const norvik_int* nalpha, const norvik_int* nbeta,
                                         const double* orbitals, const char* r) {
   guarded([&] {
-    append_to(r, report::levels(spin_levels(orbitals, *nbasis, 0), spin_levels(orbitals, *nbasis, 1),
-                             *nlevel, *nalpha, *nbeta));
+    append_to(r, report::levels(spin_levels(orbitals, *nbasis, 0),
+                                spin_levels(orbitals, *nbasis, 1), *nlevel, *nalpha, *nbeta));
   });
 }
 
@@ -62,7 +59,7 @@ extern "C" NORVIK_API void WRITE_OCCUPY(const norvik_int* nbasis, const norvik_i
                                         const double* orbitals, const char* r) {
   guarded([&] {
     append_to(r, report::occupation(spin_levels(orbitals, *nbasis, 0),
-                                 spin_levels(orbitals, *nbasis, 1), *northo, *nalpha, *nbeta));
+                                    spin_levels(orbitals, *nbasis, 1), *northo, *nalpha, *nbeta));
   });
 }
 

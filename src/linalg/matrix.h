@@ -78,6 +78,11 @@ class Matrix {
   Index cols_ = 0;
 };
 
+// Elements of an n×n matrix (none for n < 1).
+inline std::size_t square(Index n) {
+  return n > 0 ? static_cast<std::size_t>(n) * static_cast<std::size_t>(n) : 0;
+}
+
 // Copies src into dst (same shape).
 void copy(ConstMatrixView src, MatrixView dst);
 // dst = srcᵀ (dst is src.cols()×src.rows()).

@@ -27,9 +27,7 @@ using linalg::Op;
 // Levels closer than this [eV] form one degenerate shell for the atomic occupation.
 constexpr double kDegenerateLevels = 1e-3;
 
-std::size_t square(int n) {
-  return static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-}
+using linalg::square;
 
 MatrixView block(std::span<double> a, int n, std::size_t k) {
   return {a.data() + k * square(n), n, n, n};
@@ -43,19 +41,6 @@ std::size_t slot_index(int spin, int slot) {
   return static_cast<std::size_t>(spin) * kHistorySlots + static_cast<std::size_t>(slot);
 }
 
-// Orbitals (columns 0 … n−1) and levels (column n) of one spin.
-struct SpinOrbitals {
-  MatrixView c;
-  std::span<double> levels;
-};
-
-SpinOrbitals spin_orbitals(std::span<double> orbitals, int n, int spin) {
-  double* base = orbitals.data() + static_cast<std::size_t>(spin) * square(n) +
-                 static_cast<std::size_t>(spin) * static_cast<std::size_t>(n);
-  return {MatrixView(base, n, n, n),
-          std::span<double>(base + square(n), static_cast<std::size_t>(n))};
-}
-
 void check_arrays(const Operators& op, const StepArrays& a) {
   const std::size_t nn = square(op.nbasis);
   const std::size_t n = static_cast<std::size_t>(op.nbasis);
@@ -63,9 +48,6 @@ void check_arrays(const Operators& op, const StepArrays& a) {
       a.fock_history.size() < 2 * kHistorySlots * nn ||
       a.error_history.size() < 2 * kHistorySlots * nn || a.orbitals.size() < 2 * (nn + n)) {
     throw std::logic_error("density update: an array is smaller than the basis needs");
-  }
-  if (op.solver != Solver::full && (op.northo > op.nbasis || op.northo < 1)) {
-    throw Error(list_directed({"Invalid orthogonalization.", std::int64_t{op.northo}}));
   }
 }
 
@@ -110,53 +92,17 @@ double prepare_spin(const Operators& op, const StepArrays& a, int spin, Workspac
                       op.s, e, product);
 }
 
-// The second half for one spin: Roothaan equations for `fock`, occupation of
-// the count read from the incoming density, the new density mixed in with
-// weight `damp`.  Returns Σ (ρ_new − ρ_old)² over the block.
-double finish_spin(const Operators& op, const StepArrays& a, int spin, ConstMatrixView fock,
-                   double damp, Occupation occupation, Workspace& w) {
+// The second half for one spin: the rule's orbitals and density for the count
+// read from the incoming density, mixed in with weight `damp`.  Returns
+// Σ (ρ_new − ρ_old)² over the block.
+double finish_spin(const Operators& op, const OrbitalRule& rule, const StepArrays& a, int spin,
+                   bool diis, ConstMatrixView fock, double damp, Workspace& w) {
   const int n = op.nbasis;
   const auto s = static_cast<std::size_t>(spin);
   MatrixView rho = block(a.rho, n, s);
-  const int norb = op.solver == Solver::full ? n : op.northo;
-  const int count = electron_count(rho, op.s);
-  if (count > norb) {
-    throw Error(list_directed({"Too many electrons for the basis in updaterho.",
-                               std::int64_t{count}, std::int64_t{norb}}));
-  }
-  SpinOrbitals orb = spin_orbitals(a.orbitals, n, spin);
-  switch (op.solver) {
-    case Solver::dispatch:
-      linalg::solve_roothaan(fock, op.s, op.x, op.northo, spin + 1, orb.levels, orb.c);
-      break;
-    case Solver::full:
-      linalg::solve_roothaan_full(fock, op.s, spin + 1, orb.levels, orb.c);
-      break;
-    case Solver::orthogonal:
-      linalg::solve_roothaan_orthogonal(fock, op.x, op.northo, orb.levels, orb.c);
-      break;
-  }
-
-  std::span<double> weights(w.weights.data() + s * static_cast<std::size_t>(n),
-                            static_cast<std::size_t>(n));
-  occupation_weights(orb.levels, norb, count, occupation, weights);
-  Index nocc = 0;
-  while (nocc < norb && weights[static_cast<std::size_t>(nocc)] > 0.0) ++nocc;
-
   MatrixView fresh = block(std::span<double>(w.fresh), n, s);
-  if (nocc == 0) {
-    std::fill_n(fresh.data(), square(n), 0.0);
-  } else {
-    MatrixView weighted(w.weighted.data() + s * square(n), n, nocc, n);
-    for (Index k = 0; k < nocc; ++k) {
-      const double wk = weights[static_cast<std::size_t>(k)];
-      for (Index i = 0; i < n; ++i) weighted(i, k) = wk * orb.c(i, k);
-    }
-    gemm(Op::none, Op::transpose, 1.0, weighted, orb.c.columns(0, nocc), 0.0, fresh);
-    for (Index j = 0; j < n; ++j) {
-      for (Index i = j + 1; i < n; ++i) fresh(j, i) = fresh(i, j);
-    }
-  }
+  rule.occupy(op, spin, diis, fock, electron_count(rho, op.s), spin_orbitals(a.orbitals, n, spin),
+              fresh, w);
 
   double sum = 0.0;
   for (Index j = 0; j < n; ++j) {
@@ -194,8 +140,25 @@ int filled_slots(std::span<const double> history, std::size_t nn) {
   return std::max(filled, 1);
 }
 
-// Copies everything that a step wrote for alpha into the beta blocks.
-void copy_alpha_to_beta(const Operators& op, const StepArrays& a, bool with_density) {
+// The DIIS coefficients in w.coef from the newest `nsub` slots that hold a
+// matrix; a singular system drops the oldest.  Returns the slots used.
+int solve_diis(int n, int nsub, const StepArrays& a, Workspace& w) {
+  int m = std::min(std::clamp(nsub, 1, kHistorySlots), filled_slots(a.fock_history, square(n)));
+  for (;; --m) {
+    MatrixView b(w.bmat.data(), m, m, m);
+    diis_matrix(n, m, a.error_history, b);
+    if (m == 1 ||
+        diis_coefficients(b, std::span<double>(w.coef.data(), static_cast<std::size_t>(m)))) {
+      if (m == 1) w.coef[0] = 1.0;
+      return m;
+    }
+  }
+}
+
+// Copies the alpha blocks of a step into the beta blocks: the Fock matrix and
+// both history slots after the first half, the density and orbitals after the
+// second.
+void copy_prepared_to_beta(const Operators& op, const StepArrays& a) {
   const int n = op.nbasis;
   const std::size_t nn = square(n);
   std::memcpy(a.scratch.data() + nn, a.scratch.data(), nn * sizeof(double));
@@ -205,11 +168,12 @@ void copy_alpha_to_beta(const Operators& op, const StepArrays& a, bool with_dens
               nn * sizeof(double));
   std::memcpy(a.error_history.data() + slot_index(1, 0) * nn, a.error_history.data(),
               nn * sizeof(double));
-  if (with_density) {
-    std::memcpy(a.rho.data() + nn, a.rho.data(), nn * sizeof(double));
-    const std::size_t per_spin = nn + static_cast<std::size_t>(n);
-    std::memcpy(a.orbitals.data() + per_spin, a.orbitals.data(), per_spin * sizeof(double));
-  }
+}
+void copy_finished_to_beta(const Operators& op, const StepArrays& a) {
+  const std::size_t nn = square(op.nbasis);
+  const std::size_t per_spin = nn + static_cast<std::size_t>(op.nbasis);
+  std::memcpy(a.rho.data() + nn, a.rho.data(), nn * sizeof(double));
+  std::memcpy(a.orbitals.data() + per_spin, a.orbitals.data(), per_spin * sizeof(double));
 }
 
 // Runs body(spin) for both spins, in parallel when threads allow; an error in
@@ -231,20 +195,42 @@ void for_both_spins(Body&& body) {
   }
 }
 
-StepResult step(const Operators& op, const StepArrays& a, bool diis, double damp, int nsub,
-                Occupation occupation, Workspace& w) {
+// Runs body(spin) for alpha only when the step is restricted (the caller
+// copies), otherwise for both spins.
+template <class Body>
+void for_spins(bool restricted, Body&& body) {
+  if (restricted) {
+    body(0);
+  } else {
+    for_both_spins(body);
+  }
+}
+
+}  // namespace
+
+SpinOrbitals spin_orbitals(std::span<double> orbitals, int n, int spin) {
+  double* base = orbitals.data() + static_cast<std::size_t>(spin) * square(n) +
+                 static_cast<std::size_t>(spin) * static_cast<std::size_t>(n);
+  return {MatrixView(base, n, n, n),
+          std::span<double>(base + square(n), static_cast<std::size_t>(n))};
+}
+
+StepResult density_step(const Operators& op, const OrbitalRule& rule, const StepControl& control,
+                        const StepArrays& a, Workspace& w) {
   check_arrays(op, a);
+  rule.check(op);
   if (w.n != op.nbasis) throw std::logic_error("density update: workspace of another size");
   const int n = op.nbasis;
   const std::size_t nn = square(n);
-  // A closed-shell density with equal two-electron parts is the restricted
-  // case: alpha is solved once and copied, which gives the same bits.
   const bool restricted = same_spins(a.rho, nn) && same_spins(a.g, nn);
   std::array<double, 2> norm2{};
   std::array<double, 2> change{};
 
+  // The Fock matrix to diagonalise: this step's, or the DIIS extrapolation.
+  int nsub = 0;
   auto fock_of = [&](int spin) -> ConstMatrixView {
-    if (!diis) return block(std::span<const double>(a.scratch), n, static_cast<std::size_t>(spin));
+    if (!control.diis)
+      return block(std::span<const double>(a.scratch), n, static_cast<std::size_t>(spin));
     MatrixView f = block(std::span<double>(w.fock), n, static_cast<std::size_t>(spin));
     std::fill_n(f.data(), nn, 0.0);
     for (int i = 0; i < nsub; ++i) {
@@ -254,59 +240,37 @@ StepResult step(const Operators& op, const StepArrays& a, bool diis, double damp
     }
     return f;
   };
+  auto prepare = [&](int spin) {
+    norm2[static_cast<std::size_t>(spin)] = prepare_spin(op, a, spin, w);
+  };
+  auto finish = [&](int spin) {
+    change[static_cast<std::size_t>(spin)] =
+        finish_spin(op, rule, a, spin, control.diis, fock_of(spin), control.damp, w);
+  };
 
-  if (!diis) {
-    if (restricted) {
-      norm2[0] = norm2[1] = prepare_spin(op, a, 0, w);
-      change[0] = change[1] = finish_spin(op, a, 0, fock_of(0), damp, occupation, w);
-      copy_alpha_to_beta(op, a, true);
-    } else {
-      for_both_spins([&](int spin) {
-        norm2[static_cast<std::size_t>(spin)] = prepare_spin(op, a, spin, w);
-        change[static_cast<std::size_t>(spin)] =
-            finish_spin(op, a, spin, fock_of(spin), damp, occupation, w);
-      });
-    }
+  if (!control.diis) {
+    for_spins(restricted, [&](int spin) {
+      prepare(spin);
+      finish(spin);
+    });
+    if (restricted) copy_prepared_to_beta(op, a);
   } else {
-    if (restricted) {
-      norm2[0] = norm2[1] = prepare_spin(op, a, 0, w);
-      copy_alpha_to_beta(op, a, false);
-    } else {
-      for_both_spins(
-          [&](int spin) { norm2[static_cast<std::size_t>(spin)] = prepare_spin(op, a, spin, w); });
-    }
-    // Coefficients from the newest nsub slots that hold a Fock matrix (the
-    // histories start zero-filled); a singular system drops the oldest.
-    int m = std::min(std::clamp(nsub, 1, kHistorySlots), filled_slots(a.fock_history, nn));
-    for (;; --m) {
-      MatrixView b(w.bmat.data(), m, m, m);
-      diis_matrix(n, m, a.error_history, b);
-      if (m == 1 ||
-          diis_coefficients(b, std::span<double>(w.coef.data(), static_cast<std::size_t>(m)))) {
-        if (m == 1) w.coef[0] = 1.0;
-        break;
-      }
-    }
-    nsub = m;
-    if (restricted) {
-      change[0] = change[1] = finish_spin(op, a, 0, fock_of(0), 1.0, occupation, w);
-      const std::size_t per_spin = nn + static_cast<std::size_t>(n);
-      std::memcpy(a.rho.data() + nn, a.rho.data(), nn * sizeof(double));
-      std::memcpy(a.orbitals.data() + per_spin, a.orbitals.data(), per_spin * sizeof(double));
-    } else {
-      for_both_spins([&](int spin) {
-        change[static_cast<std::size_t>(spin)] =
-            finish_spin(op, a, spin, fock_of(spin), 1.0, occupation, w);
-      });
-    }
+    // Both spins' slots are pushed before the coefficients, which read both.
+    for_spins(restricted, prepare);
+    if (restricted) copy_prepared_to_beta(op, a);
+    nsub = solve_diis(n, control.nsub, a, w);
+    for_spins(restricted, finish);
+  }
+  if (restricted) {
+    norm2[1] = norm2[0];
+    change[1] = change[0];
+    copy_finished_to_beta(op, a);
   }
   StepResult r;
   r.comm2 = norm2[0] + norm2[1];
   r.rmsd = std::sqrt((change[0] + change[1]) / (2.0 * static_cast<double>(nn)));
   return r;
 }
-
-}  // namespace
 
 Workspace::Workspace(int nbasis)
     : n(nbasis),
@@ -318,14 +282,61 @@ Workspace::Workspace(int nbasis)
       bmat(kHistorySlots * kHistorySlots),
       coef(kHistorySlots) {}
 
+void AufbauRule::check(const Operators& op) const {
+  if (op.solver != Solver::full && (op.northo > op.nbasis || op.northo < 1)) {
+    throw Error(list_directed({"Invalid orthogonalization.", std::int64_t{op.northo}}));
+  }
+}
+
+void AufbauRule::occupy(const Operators& op, int spin, bool diis, ConstMatrixView fock, int count,
+                        SpinOrbitals orb, MatrixView fresh, Workspace& w) const {
+  const int n = op.nbasis;
+  const auto s = static_cast<std::size_t>(spin);
+  const int norb = op.solver == Solver::full ? n : op.northo;
+  if (count > norb) {
+    throw Error(list_directed({"Too many electrons for the basis in updaterho.",
+                               std::int64_t{count}, std::int64_t{norb}}));
+  }
+  switch (op.solver) {
+    case Solver::dispatch:
+      linalg::solve_roothaan(fock, op.s, op.x, op.northo, spin + 1, orb.levels, orb.c);
+      break;
+    case Solver::full:
+      linalg::solve_roothaan_full(fock, op.s, spin + 1, orb.levels, orb.c);
+      break;
+    case Solver::orthogonal:
+      linalg::solve_roothaan_orthogonal(fock, op.x, op.northo, orb.levels, orb.c);
+      break;
+  }
+
+  std::span<double> weights(w.weights.data() + s * static_cast<std::size_t>(n),
+                            static_cast<std::size_t>(n));
+  occupation_weights(orb.levels, norb, count, diis ? diis_ : damped_, weights);
+  Index nocc = 0;
+  while (nocc < norb && weights[static_cast<std::size_t>(nocc)] > 0.0) ++nocc;
+  if (nocc == 0) {
+    std::fill_n(fresh.data(), square(n), 0.0);
+    return;
+  }
+  MatrixView weighted(w.weighted.data() + s * square(n), n, nocc, n);
+  for (Index k = 0; k < nocc; ++k) {
+    const double wk = weights[static_cast<std::size_t>(k)];
+    for (Index i = 0; i < n; ++i) weighted(i, k) = wk * orb.c(i, k);
+  }
+  gemm(Op::none, Op::transpose, 1.0, weighted, orb.c.columns(0, nocc), 0.0, fresh);
+  for (Index j = 0; j < n; ++j) {
+    for (Index i = j + 1; i < n; ++i) fresh(j, i) = fresh(i, j);
+  }
+}
+
 StepResult damped_step(const Operators& op, double damp, const StepArrays& arrays,
                        Occupation occupation, Workspace& work) {
-  return step(op, arrays, false, damp, 0, occupation, work);
+  return density_step(op, AufbauRule(occupation, occupation), {false, damp, 0}, arrays, work);
 }
 
 StepResult diis_step(const Operators& op, int nsub, const StepArrays& arrays, Occupation occupation,
                      Workspace& work) {
-  return step(op, arrays, true, 1.0, nsub, occupation, work);
+  return density_step(op, AufbauRule(occupation, occupation), {true, 1.0, nsub}, arrays, work);
 }
 
 double electron_trace(ConstMatrixView rho, ConstMatrixView s) {

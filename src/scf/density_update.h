@@ -89,18 +89,70 @@ struct Workspace {
   std::vector<double> coef;
 };
 
+// Orbitals (columns 0 … n−1) and levels (column n) of one spin in an orbital
+// array (n, n + 1, 2).
+struct SpinOrbitals {
+  MatrixView c;
+  std::span<double> levels;
+};
+SpinOrbitals spin_orbitals(std::span<double> orbitals, int nbasis, int spin);
+
+// How the orbitals of one spin are found and occupied: the one variation point
+// of the density step (plain aufbau, the free atom's shell averaging, fixed
+// occupations per symmetry block).
+class OrbitalRule {
+ public:
+  virtual ~OrbitalRule() = default;
+  // Refuses operators the rule cannot solve, before the step writes anything.
+  virtual void check(const Operators& op) const = 0;
+  // Solves the Roothaan equations of spin `spin` (0 alpha, 1 beta) for `fock`,
+  // writes the orbitals and levels, and forms in `fresh` the exactly symmetric
+  // density of `count` electrons.  `diis` tells a DIIS step from a damped one.
+  // May run for both spins at once: it writes only that spin's blocks.
+  virtual void occupy(const Operators& op, int spin, bool diis, ConstMatrixView fock, int count,
+                      SpinOrbitals orbitals, MatrixView fresh, Workspace& work) const = 0;
+};
+
+// The lowest orbitals of the (dispatched, full or orthogonalised) Roothaan
+// equations, occupied by `damped` in damped steps and by `diis` in DIIS steps.
+class AufbauRule final : public OrbitalRule {
+ public:
+  explicit AufbauRule(Occupation damped = Occupation::aufbau, Occupation diis = Occupation::aufbau)
+      : damped_(damped), diis_(diis) {}
+  void check(const Operators& op) const override;
+  void occupy(const Operators& op, int spin, bool diis, ConstMatrixView fock, int count,
+              SpinOrbitals orbitals, MatrixView fresh, Workspace& work) const override;
+
+ private:
+  Occupation damped_;
+  Occupation diis_;
+};
+
+// One step: a damped one (ρ ← (1 − damp)·ρ + damp·ρ_new) or a DIIS one over
+// the newest `nsub` history slots (density taken whole).
+struct StepControl {
+  bool diis = false;
+  double damp = 1.0;
+  int nsub = kHistorySlots;
+};
+
 // ---- the whole steps -----------------------------------------------------------
 
-// Damped step: ρ_σ ← (1 − damp)·ρ_σ + damp·Σ_occ n_k C_k C_kᵀ.  The electron
-// count of each spin is read from the incoming density (electron_count).
+// The density step, written once for every rule: the Fock matrix of each spin,
+// its commutator with the density and both history pushes; for DIIS the
+// coefficients (slots never written, zero in both spins, are left out, and a
+// singular system drops the oldest slot until it can be solved: one slot is
+// plain Roothaan iteration); the rule's orbitals and density for the count
+// read from the incoming density (electron_count); the mixing and the RMS
+// change.  A closed-shell density with equal two-electron parts is the
+// restricted case: alpha is solved once and copied, which gives the same bits.
+StepResult density_step(const Operators& op, const OrbitalRule& rule, const StepControl& control,
+                        const StepArrays& arrays, Workspace& work);
+
+// The step with the aufbau rule: damped, ρ_σ ← (1 − damp)·ρ_σ + damp·Σ_occ n_k C_k C_kᵀ,
+// or DIIS over the newest `nsub` (1 … 6) slots after this step's push.
 StepResult damped_step(const Operators& op, double damp, const StepArrays& arrays,
                        Occupation occupation, Workspace& work);
-
-// DIIS step over the newest `nsub` (1 … 6) history slots after this step's
-// push: the extrapolated Fock matrix Σ c_i F_i is diagonalised and the new
-// density taken whole.  Slots never written (zero in both spins) are left out,
-// and a singular DIIS system drops the oldest slot until it can be solved (one
-// slot is plain Roothaan iteration).
 StepResult diis_step(const Operators& op, int nsub, const StepArrays& arrays, Occupation occupation,
                      Workspace& work);
 

@@ -15,9 +15,7 @@ namespace {
 using linalg::ConstMatrixView;
 using linalg::Index;
 
-std::size_t square(Index n) {
-  return static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-}
+using linalg::square;
 
 // e²/(4πε₀) in eV·Å.
 constexpr double kCoulombEvAngstrom = constants::kHartreeEv * constants::kBohrAngstrom;

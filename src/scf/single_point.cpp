@@ -20,9 +20,7 @@ namespace norvik::scf {
 
 namespace {
 
-std::size_t square(int n) {
-  return static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-}
+using linalg::square;
 
 bool is_sto3g(std::string_view name) {
   const auto parsed = basis::find_basis_name(name);
@@ -40,6 +38,7 @@ ScfSystem PreparedSystem::system() const {
   sys.operators.v = {v.data(), n, n, n};
   sys.operators.x = {x.data(), n, n, n};
   sys.dipints = dip;
+  sys.build = build();
   sys.context = context.view();
   return sys;
 }
@@ -122,40 +121,27 @@ void free_atoms(const JobControl& job, const ScfControl& scf, const MoleculeView
                                 std::array<basis::Zeta, 1>{basis::sto3g_isolated_zeta(z)})
             : basis::make_basis(job.basis, zs);
     const std::array<int, 1> charge{z};
-    const PreparedSystem p = prepare_system(basis, origin, charge, job);
-    const setup::ElectronCount counts =
-        setup::count_electrons(z, 0, setup::hunds_rule_multiplicity(z));
-
-    const std::size_t m = square(p.n);
-    std::vector<double> g(2 * m), rho(2 * m), orbitals(2 * (m + static_cast<std::size_t>(p.n)));
-    const ScfArrays arrays{g, rho, orbitals};
-    const ScfSystem system = p.system();
-    StartSettings start;
-    start.kind = StartKind::free_atom;
-    start.counts = counts;
-    start.build = p.build();
-    initialise(system, start, arrays);
-    CycleSettings cycle;
-    cycle.niter = scf.niter;
-    cycle.damp = scf.damp;
-    cycle.thr_ene = scf.thr_ene;
-    cycle.thr_rms = scf.thr_rms;
-    cycle.write_log = false;
-    cycle.with_dipole = false;
-    cycle.build = start.build;
-    const ScfResult r = run_scf(system, cycle, arrays);
+    const MoleculeView atom{charge, zs, origin};
+    PointSettings settings;
+    settings.counts = setup::count_electrons(z, 0, setup::hunds_rule_multiplicity(z));
+    settings.start = StartPolicy::free_atom;
+    settings.with_dipole = false;
+    const int m_basis = basis.nbasis();
+    const std::size_t m = square(m_basis);
+    std::vector<double> rho(2 * m), orbitals(2 * (m + static_cast<std::size_t>(m_basis)));
+    const SinglePointResult r = compute_point(basis, job, scf, atom, settings, rho, orbitals);
 
     // Every atom of this element gets the energy and the density block.
     for (std::size_t b = a; b < natom; ++b) {
       if (molecule.elements[b] != z || molecule.charges[b] == 0) continue;
-      energies[b] = r.energy;
+      energies[b] = r.electronic;
       const int off = first[b];
       for (std::size_t spin = 0; spin < 2; ++spin) {
-        for (int j = 0; j < p.n; ++j) {
-          for (int i = 0; i < p.n; ++i) {
+        for (int j = 0; j < m_basis; ++j) {
+          for (int i = 0; i < m_basis; ++i) {
             atomic[spin * nn + static_cast<std::size_t>(off + i) +
                    static_cast<std::size_t>(off + j) * static_cast<std::size_t>(n)] =
-                rho[spin * m + static_cast<std::size_t>(i + j * p.n)];
+                rho[spin * m + static_cast<std::size_t>(i + j * m_basis)];
           }
         }
       }
@@ -163,44 +149,43 @@ void free_atoms(const JobControl& job, const ScfControl& scf, const MoleculeView
   }
 }
 
-SinglePointResult single_point(const JobControl& job, const ScfControl& scf,
-                               const MoleculeView& molecule, setup::ElectronCount counts,
-                               const SinglePointStart& start, std::span<double> rho,
-                               std::span<double> orbitals) {
-  const basis::BasisSet basis = basis::make_basis(job.basis, molecule.elements);
+SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& job,
+                                const ScfControl& scf, const MoleculeView& molecule,
+                                const PointSettings& settings, std::span<double> rho,
+                                std::span<double> orbitals, const PointHooks& hooks,
+                                std::span<double> overlap) {
   const PreparedSystem p = prepare_system(basis, molecule.positions, molecule.charges, job);
   const std::size_t nn = square(p.n);
   if (rho.size() < 2 * nn || orbitals.size() < 2 * (nn + static_cast<std::size_t>(p.n))) {
     throw std::logic_error("single point: the density or orbital array is too small");
   }
+  if (hooks.prepared) hooks.prepared(p);
   std::vector<double> g(2 * nn);
   const ScfArrays arrays{g, rho, orbitals};
   const ScfSystem system = p.system();
+  StartSettings start;
+  start.policy = settings.start;
+  start.atomic = settings.atomic;
+  start.counts = settings.counts;
+  const Occupation first =
+      settings.start == StartPolicy::free_atom ? Occupation::atomic : Occupation::aufbau;
+  initialise(system, start, arrays, AufbauRule(first));
 
-  StartSettings init;
-  init.kind = StartKind::standard;
-  init.mode = start.mode;
-  init.natom = static_cast<int>(molecule.elements.size());
-  init.atomic = start.atomic;
-  init.counts = counts;
-  init.build = p.build();
-  initialise(system, init, arrays);
-
+  SinglePointResult result;
+  result.nuclear = nuclear_repulsion(molecule.charges, molecule.positions);
+  const Vec3 nuclear = nuclear_dipole(molecule.charges, molecule.positions);
   CycleSettings cycle;
   cycle.niter = scf.niter;
   cycle.damp = scf.damp;
   cycle.thr_ene = scf.thr_ene;
   cycle.thr_rms = scf.thr_rms;
-  cycle.write_log = false;
-  cycle.with_dipole = true;
-  cycle.build = init.build;
-  const ScfResult r = run_scf(system, cycle, arrays);
+  cycle.with_dipole = settings.with_dipole;
+  cycle.e_offset = result.nuclear;
+  cycle.dip_offset = nuclear;
+  const ScfResult r = run_scf(system, cycle, arrays, AufbauRule(), hooks.cycle);
 
-  SinglePointResult result;
   result.electronic = r.energy;
-  result.nuclear = nuclear_repulsion(molecule.charges, molecule.positions);
   result.energy = result.electronic + result.nuclear;
-  const Vec3 nuclear = nuclear_dipole(molecule.charges, molecule.positions);
   for (std::size_t k = 0; k < 3; ++k) result.dipole[k] = r.dipole[k] + nuclear[k];
   result.de_final = r.de_final;
   result.northo = p.northo;
@@ -209,7 +194,16 @@ SinglePointResult single_point(const JobControl& job, const ScfControl& scf,
   result.converged = r.converged;
   std::vector<double> work(2 * nn);
   result.spin_squared = spin_squared(system.operators.s, rho, work);
+  if (overlap.size() >= nn) std::copy(p.s.begin(), p.s.end(), overlap.begin());
   return result;
+}
+
+SinglePointResult single_point(const JobControl& job, const ScfControl& scf,
+                               const MoleculeView& molecule, const PointSettings& settings,
+                               std::span<double> rho, std::span<double> orbitals,
+                               const PointHooks& hooks, std::span<double> overlap) {
+  return compute_point(basis::make_basis(job.basis, molecule.elements), job, scf, molecule,
+                       settings, rho, orbitals, hooks, overlap);
 }
 
 }  // namespace norvik::scf

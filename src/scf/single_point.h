@@ -1,10 +1,12 @@
-// Whole calculations from the job's data: the free atoms of a molecule and a
-// Hartree–Fock single point.  Each builds the basis, the one- and two-electron
-// integrals and the orthogonalisation itself, so a host needs nothing beyond
-// what job setup returns.
+// One point of the surface: for a geometry, the basis, the one-electron
+// matrices, the orthogonalisation, the pair screening, the in-core choice,
+// the start and the SCF, reporting through hooks.  Every whole calculation
+// goes through it: the single points, the free atoms of a molecule, and the
+// host's job.  A host needs nothing beyond what job setup returns.
 #pragma once
 
 #include <array>
+#include <functional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -71,9 +73,20 @@ int basis_size(std::string_view basis, std::span<const int> elements);
 void free_atoms(const JobControl& job, const ScfControl& scf, const MoleculeView& molecule,
                 std::span<double> energies, std::span<double> atomic);
 
-struct SinglePointStart {
-  int mode = 1;                    // 1: fresh start; otherwise rescale `rho` as supplied
-  std::span<const double> atomic;  // free-atom densities (used for more than 9 atoms)
+// What a point starts from and how it occupies.
+struct PointSettings {
+  setup::ElectronCount counts;
+  StartPolicy start = StartPolicy::core_hamiltonian;
+  std::span<const double> atomic;  // (n, n, 2) free-atom densities (StartPolicy::free_atoms)
+  bool with_dipole = true;
+};
+
+// What a caller hears while a point is computed.
+struct PointHooks {
+  // After the integrals and the in-core choice, before the start.
+  std::function<void(const PreparedSystem&)> prepared;
+  // After each SCF cycle, with the molecular energy and dipole.
+  CycleObserver cycle;
 };
 
 struct SinglePointResult {
@@ -89,12 +102,22 @@ struct SinglePointResult {
   double spin_squared = 0.0;  // ⟨S²⟩ of the determinant
 };
 
-// A Hartree–Fock single point: basis, integrals, in-core choice against the
-// memory limit, initialiser and SCF without run log.  `rho` (n, n, 2) and
-// `orbitals` (n, n + 1, 2) receive the result.
+// The point of `basis` on the molecule's positions, Hartree–Fock: the start
+// (a lone atom's start, StartPolicy::free_atom, occupies its shells evenly),
+// then the aufbau SCF.  `rho`
+// (n, n, 2) holds the supplied density (StartPolicy::supplied) and receives
+// the result, `orbitals` (n, n + 1, 2) the orbitals; `overlap` (n², optional)
+// receives S.
+SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& job,
+                                const ScfControl& scf, const MoleculeView& molecule,
+                                const PointSettings& settings, std::span<double> rho,
+                                std::span<double> orbitals, const PointHooks& hooks = {},
+                                std::span<double> overlap = {});
+
+// The point in the job's basis (job.basis on the molecule's elements).
 SinglePointResult single_point(const JobControl& job, const ScfControl& scf,
-                               const MoleculeView& molecule, setup::ElectronCount counts,
-                               const SinglePointStart& start, std::span<double> rho,
-                               std::span<double> orbitals);
+                               const MoleculeView& molecule, const PointSettings& settings,
+                               std::span<double> rho, std::span<double> orbitals,
+                               const PointHooks& hooks = {}, std::span<double> overlap = {});
 
 }  // namespace norvik::scf

@@ -15,9 +15,7 @@ using linalg::Index;
 
 constexpr double kEmptyTrace = 1e-8;
 
-std::size_t square(Index n) {
-  return static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-}
+using linalg::square;
 
 ConstMatrixView spin_block(std::span<const double> pair, Index n, std::size_t spin) {
   return {pair.data() + spin * square(n), n, n, n};

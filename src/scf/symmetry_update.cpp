@@ -12,7 +12,6 @@
 #include "common/fortran_format.h"
 #include "linalg/kernels.h"
 #include "linalg/roothaan.h"
-#include "scf/start_density.h"
 
 namespace norvik::scf {
 
@@ -22,13 +21,10 @@ using fortran::list_directed;
 using linalg::gemm;
 using linalg::Op;
 
-constexpr int kDampedCycles = 8;
 // Positions closer than this [Å] count as on the axis / centred.
 constexpr double kAxisTolerance = 1e-6;
 
-std::size_t square(int n) {
-  return static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-}
+using linalg::square;
 
 [[noreturn]] void not_diatomic() {
   throw Error(list_directed({"Not a homonuclear diatomic centred on the z axis."}));
@@ -56,23 +52,6 @@ struct Label {
   double alpha0;
 };
 
-// The Fock matrix of one spin, symmetric, with the NaN check of the plain update.
-void fock_of_spin(const Operators& op, ConstMatrixView g, int spin, MatrixView f) {
-  const Index n = op.nbasis;
-  for (Index j = 0; j < n; ++j) {
-    for (Index i = j; i < n; ++i) {
-      const double value =
-          0.5 * (op.t(i, j) + op.v(i, j) + g(i, j) + op.t(j, i) + op.v(j, i) + g(j, i));
-      if (std::isnan(value)) {
-        throw Error(list_directed({"NaN is detected in updaterho_GHQR.", std::int64_t{spin + 1},
-                                   static_cast<std::int64_t>(i + j * n + 1)}));
-      }
-      f(i, j) = value;
-      f(j, i) = value;
-    }
-  }
-}
-
 struct Orbital {
   double level;
   int block;
@@ -80,14 +59,19 @@ struct Orbital {
   bool occupied;
 };
 
-// Roothaan equations per block for `fock`, block_counts occupation, new
-// density mixed with weight `damp`.  Returns Σ (ρ_new − ρ_old)².
-double finish_spin(const Operators& op, const Salc& salc, const StepArrays& a, int spin,
-                   ConstMatrixView fock, double damp) {
+}  // namespace
+
+void SymmetryBlockRule::check(const Operators& op) const {
+  if (salc_.n != op.nbasis) {
+    throw std::logic_error("symmetric density update: the combinations do not fit the basis");
+  }
+}
+
+void SymmetryBlockRule::occupy(const Operators& op, int spin, bool, ConstMatrixView fock, int count,
+                               SpinOrbitals orbitals, MatrixView out, Workspace&) const {
+  const Salc& salc = salc_;
   const int n = op.nbasis;
   const std::size_t nn = square(n);
-  MatrixView rho(a.rho.data() + static_cast<std::size_t>(spin) * nn, n, n, n);
-  const int count = electron_count(rho, op.s);
   const std::array<int, kIrreps> counts = block_counts(count);
 
   std::vector<double> mo(nn, 0.0);  // all orbitals, block by block
@@ -135,72 +119,19 @@ double finish_spin(const Operators& op, const Salc& salc, const StepArrays& a, i
     if (x.occupied != y.occupied) return x.occupied;
     return x.level < y.level;
   });
-  double* base = a.orbitals.data() + static_cast<std::size_t>(spin) * (nn + n);
   for (int k = 0; k < n; ++k) {
     const Orbital& o = all[static_cast<std::size_t>(k)];
     const double* src =
         mo.data() +
         static_cast<std::size_t>(salc.first[static_cast<std::size_t>(o.block)] + o.index) * n;
-    std::memcpy(base + static_cast<std::size_t>(k) * n, src, sizeof(double) * n);
-    base[nn + static_cast<std::size_t>(k)] = o.level;
+    std::memcpy(orbitals.c.data() + static_cast<std::size_t>(k) * n, src, sizeof(double) * n);
+    orbitals.levels[static_cast<std::size_t>(k)] = o.level;
   }
-
-  double sum = 0.0;
+  // The block densities summed in one matrix, made exactly symmetric.
   for (Index j = 0; j < n; ++j) {
-    for (Index i = 0; i < n; ++i) {
-      const double fr = 0.5 * (fresh[i + j * n] + fresh[j + i * n]);
-      const double old = rho(i, j);
-      const double now = damp == 1.0 ? fr : damp == 0.0 ? old : (1.0 - damp) * old + damp * fr;
-      sum += (now - old) * (now - old);
-      rho(i, j) = now;
-    }
-  }
-  return sum;
-}
-
-// Fock matrix, error matrix and both pushes for one spin; the squared error norm.
-double prepare_spin(const Operators& op, const StepArrays& a, int spin, Workspace& w) {
-  const int n = op.nbasis;
-  const std::size_t nn = square(n);
-  const auto s = static_cast<std::size_t>(spin);
-  MatrixView f(a.scratch.data() + s * nn, n, n, n);
-  fock_of_spin(op, ConstMatrixView(a.g.data() + s * nn, n, n, n), spin, f);
-  std::vector<double> e(nn);
-  MatrixView ev(e.data(), n, n, n);
-  MatrixView product(w.product.data() + s * nn, n, n, n);
-  const double norm2 =
-      error_matrix(f, ConstMatrixView(a.rho.data() + s * nn, n, n, n), op.s, ev, product);
-  push_history(f, a.fock_history.subspan(s * kHistorySlots * nn, kHistorySlots * nn));
-  push_history(ev, a.error_history.subspan(s * kHistorySlots * nn, kHistorySlots * nn));
-  return norm2;
-}
-
-void check(const Operators& op, const Salc& salc, const StepArrays& a, const Workspace& w) {
-  const std::size_t nn = square(op.nbasis);
-  if (salc.n != op.nbasis || w.n != op.nbasis || a.g.size() < 2 * nn || a.rho.size() < 2 * nn ||
-      a.scratch.size() < 2 * nn || a.fock_history.size() < 2 * kHistorySlots * nn ||
-      a.error_history.size() < 2 * kHistorySlots * nn ||
-      a.orbitals.size() < 2 * (nn + static_cast<std::size_t>(op.nbasis))) {
-    throw std::logic_error("symmetric density update: an array does not fit the basis");
+    for (Index i = 0; i < n; ++i) out(i, j) = 0.5 * (fresh[i + j * n] + fresh[j + i * n]);
   }
 }
-
-int filled_slots(std::span<const double> history, std::size_t nn) {
-  int filled = 0;
-  for (int slot = 0; slot < kHistorySlots; ++slot) {
-    bool any = false;
-    for (int spin = 0; spin < 2 && !any; ++spin) {
-      const double* h =
-          history.data() + (static_cast<std::size_t>(spin) * kHistorySlots + slot) * nn;
-      any = std::any_of(h, h + nn, [](double x) { return x != 0.0; });
-    }
-    if (!any) break;
-    ++filled;
-  }
-  return std::max(filled, 1);
-}
-
-}  // namespace
 
 Salc make_salc(const basis::BasisSet& basis, std::span<const double> positions) {
   if (positions.size() != 6) not_diatomic();
@@ -315,52 +246,12 @@ std::array<int, kIrreps> block_counts(int count) {
 
 StepResult symmetric_damped_step(const Operators& op, const Salc& salc, double damp,
                                  const StepArrays& a, Workspace& w) {
-  check(op, salc, a, w);
-  const int n = op.nbasis;
-  const std::size_t nn = square(n);
-  StepResult r;
-  double change = 0.0;
-  for (int spin = 0; spin < 2; ++spin) r.comm2 += prepare_spin(op, a, spin, w);
-  for (int spin = 0; spin < 2; ++spin) {
-    change += finish_spin(
-        op, salc, a, spin,
-        ConstMatrixView(a.scratch.data() + static_cast<std::size_t>(spin) * nn, n, n, n), damp);
-  }
-  r.rmsd = std::sqrt(change / (2.0 * static_cast<double>(nn)));
-  return r;
+  return density_step(op, SymmetryBlockRule(salc), {false, damp, 0}, a, w);
 }
 
 StepResult symmetric_diis_step(const Operators& op, const Salc& salc, int nsub, const StepArrays& a,
                                Workspace& w) {
-  check(op, salc, a, w);
-  const int n = op.nbasis;
-  const std::size_t nn = square(n);
-  StepResult r;
-  for (int spin = 0; spin < 2; ++spin) r.comm2 += prepare_spin(op, a, spin, w);
-  int m = std::min(std::clamp(nsub, 1, kHistorySlots), filled_slots(a.fock_history, nn));
-  for (;; --m) {
-    MatrixView b(w.bmat.data(), m, m, m);
-    diis_matrix(n, m, a.error_history, b);
-    if (m == 1 ||
-        diis_coefficients(b, std::span<double>(w.coef.data(), static_cast<std::size_t>(m)))) {
-      if (m == 1) w.coef[0] = 1.0;
-      break;
-    }
-  }
-  double change = 0.0;
-  for (int spin = 0; spin < 2; ++spin) {
-    double* f = w.fock.data() + static_cast<std::size_t>(spin) * nn;
-    std::fill_n(f, nn, 0.0);
-    for (int i = 0; i < m; ++i) {
-      const double c = w.coef[static_cast<std::size_t>(i)];
-      const double* h =
-          a.fock_history.data() + (static_cast<std::size_t>(spin) * kHistorySlots + i) * nn;
-      for (std::size_t e = 0; e < nn; ++e) f[e] += c * h[e];
-    }
-    change += finish_spin(op, salc, a, spin, ConstMatrixView(f, n, n, n), 1.0);
-  }
-  r.rmsd = std::sqrt(change / (2.0 * static_cast<double>(nn)));
-  return r;
+  return density_step(op, SymmetryBlockRule(salc), {true, 1.0, nsub}, a, w);
 }
 
 Irrep orbital_block(const Salc& salc, std::span<const double> orbital) {
@@ -377,48 +268,6 @@ Irrep orbital_block(const Salc& salc, std::span<const double> orbital) {
     }
   }
   return static_cast<Irrep>(std::max_element(weight.begin(), weight.end()) - weight.begin());
-}
-
-ScfResult run_symmetric_scf(const ScfSystem& system, const Salc& salc,
-                            const CycleSettings& settings, const ScfArrays& arrays) {
-  const Operators& op = system.operators;
-  return run_cycles(system, settings, arrays,
-                    [&](bool diis, double damping, const StepArrays& a, Workspace& work) {
-                      return diis ? symmetric_diis_step(op, salc, kHistorySlots, a, work)
-                                  : symmetric_damped_step(op, salc, damping, a, work);
-                    });
-}
-
-ScfResult initialise_symmetric(const ScfSystem& system, const Salc& salc,
-                               const StartSettings& settings, const ScfArrays& arrays) {
-  const Operators& op = system.operators;
-  const int n = op.nbasis;
-  const std::size_t nn = square(n);
-  if (settings.kind == StartKind::standard && settings.mode != 1) {
-    normalize_density(op.s, settings.counts, arrays.rho);
-  } else {
-    // The bare one-electron start: the count carrier only brings the electron
-    // counts; damping 1.0 replaces it by the block-occupied orbitals of T + V.
-    std::fill_n(arrays.g.begin(), 2 * nn, 0.0);
-    count_carrier(op.s, settings.counts, arrays.rho);
-    std::vector<double> fock_history(2 * kHistorySlots * nn), error_history(2 * kHistorySlots * nn),
-        scratch(2 * nn);
-    Workspace work(n);
-    symmetric_damped_step(
-        op, salc, 1.0,
-        {arrays.g, fock_history, error_history, scratch, arrays.rho, arrays.orbitals}, work);
-  }
-  std::vector<double> previous;
-  if (settings.build == FockBuild::direct) {
-    previous.assign(2 * nn, 0.0);
-    std::fill_n(arrays.g.begin(), 2 * nn, 0.0);
-  }
-  fock_build(system, settings.build, arrays.rho, previous, arrays.g);
-  ScfResult result;
-  result.energy = electronic_energy(op.t, op.v, arrays.g, arrays.rho);
-  if (system.dipints.size() >= 3 * nn)
-    result.dipole = electronic_dipole(n, system.dipints, arrays.rho);
-  return result;
 }
 
 }  // namespace norvik::scf

@@ -18,7 +18,6 @@
 
 #include "basis/basis_set.h"
 #include "scf/density_update.h"
-#include "scf/hf_driver.h"
 
 namespace norvik::scf {
 
@@ -56,12 +55,25 @@ std::array<int, kIrreps> block_counts(int count);
 // primitive and is not counted).  0 when the atom has no ns function.
 int ns_function_index(std::string_view basis, int z, int n);
 
-// One damped step (ρ ← (1 − damp)·ρ + damp·ρ_new) or DIIS step (newest nsub
-// history slots, density taken whole) with the Fock matrix diagonalised within
-// each block (F·C = S·C·ε in the block's combinations) and block_counts
-// electrons per spin in each block.  The orbitals of a spin are written with
+// Orbitals per symmetry block: the Fock matrix is diagonalised within each
+// block (F·C = S·C·ε in the block's combinations) and each block gets
+// block_counts electrons of the spin.  The orbitals of a spin are written with
 // the occupied ones first, then the virtual ones, each in ascending order of
-// level (in the ground configuration this is plain ascending order).
+// level (in the ground configuration this is plain ascending order).  The rule
+// keeps a reference to `salc`.
+class SymmetryBlockRule final : public OrbitalRule {
+ public:
+  explicit SymmetryBlockRule(const Salc& salc) : salc_(salc) {}
+  void check(const Operators& op) const override;
+  void occupy(const Operators& op, int spin, bool diis, ConstMatrixView fock, int count,
+              SpinOrbitals orbitals, MatrixView fresh, Workspace& work) const override;
+
+ private:
+  const Salc& salc_;
+};
+
+// The density step with the symmetry-block rule: damped
+// (ρ ← (1 − damp)·ρ + damp·ρ_new) or DIIS (newest nsub slots, density taken whole).
 StepResult symmetric_damped_step(const Operators& op, const Salc& salc, double damp,
                                  const StepArrays& arrays, Workspace& work);
 StepResult symmetric_diis_step(const Operators& op, const Salc& salc, int nsub,
@@ -70,15 +82,5 @@ StepResult symmetric_diis_step(const Operators& op, const Salc& salc, int nsub,
 // The block that holds the largest part (Σ of squared coefficients over the
 // block's combinations) of an orbital (n coefficients).
 Irrep orbital_block(const Salc& salc, std::span<const double> orbital);
-
-// The SCF cycle of run_scf with the symmetric steps (cycle 1 damp 1.0, damped
-// through cycle 8, DIIS after).
-ScfResult run_symmetric_scf(const ScfSystem& system, const Salc& salc,
-                            const CycleSettings& settings, const ScfArrays& arrays);
-
-// The initialiser of `initialise` (standard or bare start) with one symmetric
-// damped step in place of the plain one.
-ScfResult initialise_symmetric(const ScfSystem& system, const Salc& salc,
-                               const StartSettings& settings, const ScfArrays& arrays);
 
 }  // namespace norvik::scf

@@ -120,9 +120,10 @@ TEST(Abi, InitialiserAndDriverOnTheHostsArrays) {
   const double unused = 0.0, unused3[3] = {0, 0, 0};
   MAKEINIRHO(&zsum, &charge, &mult, &n, f.rho.data());
   HF_INI(&istart, &natom, atomrho.data(), &unused_niter, &unused, &unused, &unused, &unused,
-         unused3, &n, &northo, p.x.data(), p.s.data(), p.t.data(), p.v.data(), p.dip.data(), &nshell, ctx.shelltab.data(), &nshpair, ctx.shpair.data(),
-         &npair, ctx.pairlist.data(), ctx.pairmap.data(), ctx.vdiag.data(), vint.data(), &thresh,
-         f.g.data(), f.rho.data(), f.orbitals.data(), e_ini.data(), dip_ini.data());
+         unused3, &n, &northo, p.x.data(), p.s.data(), p.t.data(), p.v.data(), p.dip.data(),
+         &nshell, ctx.shelltab.data(), &nshpair, ctx.shpair.data(), &npair, ctx.pairlist.data(),
+         ctx.pairmap.data(), ctx.vdiag.data(), vint.data(), &thresh, f.g.data(), f.rho.data(),
+         f.orbitals.data(), e_ini.data(), dip_ini.data());
 
   const std::string log = padded("", 120);
   const norvik_int iopt = 0, isrc = 0, niter = 50;
@@ -140,7 +141,6 @@ TEST(Abi, InitialiserAndDriverOnTheHostsArrays) {
   CycleSettings c;
   c.niter = 50;
   c.thr_ene = c.thr_rms = 1e-10;
-  c.write_log = false;
   const ScfResult r = run_scf(core.system(), c, core.arrays());
   EXPECT_EQ(energy, r.energy);
   EXPECT_EQ(de, r.de_final);

@@ -81,7 +81,9 @@ SinglePointResult run(const std::string& file, const std::string& basis, int nba
   const int n = basis_size(job.basis, zel);
   EXPECT_EQ(n, nbasis) << file;
   std::vector<double> rho(2 * n * n), orbitals(2 * n * (n + 1));
-  return single_point(job, control, {zat, zel, pos}, mol.electrons, {}, rho, orbitals);
+  PointSettings settings;
+  settings.counts = mol.electrons;
+  return single_point(job, control, {zat, zel, pos}, settings, rho, orbitals);
 }
 
 void check(const Reference& ref) {
@@ -158,7 +160,6 @@ TEST(ReferenceEnergies, SmallMolecules) {
     CycleSettings cycle;
     cycle.niter = 100;
     cycle.thr_ene = cycle.thr_rms = 1e-10;
-    cycle.write_log = false;
     const ScfResult r = run_scf(fx.system(), cycle, fx.arrays());
     const double e = (r.energy + nuclear_repulsion(c.z, c.pos)) / constants::kHartreeEv;
     const Vec3 nuc = nuclear_dipole(c.z, c.pos);

@@ -53,8 +53,9 @@ struct Fixture {
   void start(FockBuild build = FockBuild::stored) {
     StartSettings s;
     s.counts = molecule.counts;
-    s.build = build;
-    initialise(system(), s, arrays());
+    ScfSystem sys = system();
+    sys.build = build;
+    initialise(sys, s, arrays());
   }
 
   Case molecule;

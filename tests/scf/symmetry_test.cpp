@@ -141,16 +141,14 @@ struct Outcome {
 Outcome symmetric_run(Fixture& f, const Salc& salc) {
   StartSettings start;
   start.counts = f.molecule.counts;
-  start.build = f.prepared.build();
-  initialise_symmetric(f.system(), salc, start, f.arrays());
+  initialise(f.system(), start, f.arrays(), SymmetryBlockRule(salc));
   CycleSettings cyc;
   cyc.niter = 80;
   cyc.damp = 0.5;
   cyc.thr_ene = 1e-8;
   cyc.thr_rms = 1e-7;
-  cyc.build = f.prepared.build();
   Outcome r;
-  r.result = run_symmetric_scf(f.system(), salc, cyc, f.arrays());
+  r.result = run_scf(f.system(), cyc, f.arrays(), SymmetryBlockRule(salc));
   r.alpha = occupied_blocks(salc, f, 0, f.molecule.counts.alpha);
   r.beta = occupied_blocks(salc, f, 1, f.molecule.counts.beta);
   return r;
@@ -160,14 +158,12 @@ Outcome symmetric_run(Fixture& f, const Salc& salc) {
 Outcome plain_run(Fixture& f, const Salc& salc) {
   StartSettings start;
   start.counts = f.molecule.counts;
-  start.build = f.prepared.build();
-  initialise_symmetric(f.system(), salc, start, f.arrays());
+  initialise(f.system(), start, f.arrays(), SymmetryBlockRule(salc));
   CycleSettings cyc;
   cyc.niter = 80;
   cyc.damp = 0.5;
   cyc.thr_ene = 1e-8;
   cyc.thr_rms = 1e-7;
-  cyc.build = f.prepared.build();
   Outcome r;
   r.result = run_scf(f.system(), cyc, f.arrays());
   r.alpha = occupied_blocks(salc, f, 0, f.molecule.counts.alpha);
@@ -323,11 +319,10 @@ TEST(SymmetryAbi, HostCallsGiveTheCoreResult) {
   const double unused = 0.0, unused3[3] = {0, 0, 0};
   MAKEINIRHO(&zsum, &charge, &mult, &n, f.rho.data());
   HF_INI_B2(&istart, &natom, atomrho.data(), &unused_niter, &unused, &unused, &unused, &unused,
-            unused3, &n, &northo, p.x.data(), p.s.data(),
-            p.t.data(), p.v.data(), p.dip.data(), &nshell, ctx.shelltab.data(), &nshpair,
-            ctx.shpair.data(), &npair, ctx.pairlist.data(), ctx.pairmap.data(), ctx.vdiag.data(),
-            vint.data(), &thresh, f.g.data(), f.rho.data(), f.orbitals.data(), &e0, dip0.data(),
-            salc.data(), block.data());
+            unused3, &n, &northo, p.x.data(), p.s.data(), p.t.data(), p.v.data(), p.dip.data(),
+            &nshell, ctx.shelltab.data(), &nshpair, ctx.shpair.data(), &npair, ctx.pairlist.data(),
+            ctx.pairmap.data(), ctx.vdiag.data(), vint.data(), &thresh, f.g.data(), f.rho.data(),
+            f.orbitals.data(), &e0, dip0.data(), salc.data(), block.data());
   const std::string log = padded("", 120);
   const norvik_int iopt = 0, isrc = 0, niter = 40;
   const double damp = 0.5, thr = 1e-9, off = 0.0, doff[3] = {0, 0, 0};
@@ -341,11 +336,11 @@ TEST(SymmetryAbi, HostCallsGiveTheCoreResult) {
   Fixture core(c, "STO-3G");
   StartSettings start;
   start.counts = c.counts;
-  initialise_symmetric(core.system(), core_salc, start, core.arrays());
+  initialise(core.system(), start, core.arrays(), SymmetryBlockRule(core_salc));
   CycleSettings cyc;
   cyc.niter = 40;
   cyc.thr_ene = cyc.thr_rms = 1e-9;
-  const ScfResult r = run_symmetric_scf(core.system(), core_salc, cyc, core.arrays());
+  const ScfResult r = run_scf(core.system(), cyc, core.arrays(), SymmetryBlockRule(core_salc));
   EXPECT_EQ(energy, r.energy);
   EXPECT_EQ(f.rho, core.rho);
 

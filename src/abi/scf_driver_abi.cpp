@@ -1,0 +1,154 @@
+// Exported SCF drivers and initialisers of the Hartree–Fock family: every
+// member is the one cycle (or the one start) with its builder, orbital rule
+// and observer.
+#include <algorithm>
+#include <optional>
+
+#include "abi/scf_support.h"
+#include "common/text_file.h"
+#include "norvik/integrals_two.h"
+#include "norvik/scf.h"
+#include "scf/hf_driver.h"
+#include "scf/symmetry_update.h"
+
+namespace {
+
+namespace abi = norvik::abi;
+namespace scf = norvik::scf;
+using abi::guarded;
+
+// What distinguishes the members of a family.
+struct Member {
+  bool log = true;                                   // the run log is written (not _WOLOG, _PART)
+  bool dipole = true;                                // the dipole is computed (not _PART)
+  scf::Occupation damped = scf::Occupation::aufbau;  // _ATOM: free-atom shells
+  scf::FockBuild build = scf::FockBuild::stored;     // _DIRECT: integral-direct
+};
+
+// The system of a call: the host's operators, dipole integrals and context.
+scf::ScfSystem system_of(scf::FockBuild build, const norvik_int* nbasis, const norvik_int* northo,
+                         const double* X, const double* S, const double* T, const double* V,
+                         const double* dipints, NORVIK_CONTEXT_ARGS) {
+  scf::ScfSystem system;
+  system.operators = abi::operators(nbasis, S, T, V, northo, X);
+  system.dipints = {dipints, 3 * abi::square(*nbasis)};
+  system.context = abi::context_view(*nbasis, NORVIK_CONTEXT_CALL, build == scf::FockBuild::stored);
+  system.build = build;
+  return system;
+}
+
+void hf_scf(const Member& member, const scf::OrbitalRule& rule, NORVIK_HF_SCF_ARGS) {
+  abi::check_nbasis(*nbasis, "HF_SCF");
+  const scf::ScfSystem system =
+      system_of(member.build, nbasis, northo, X, S, T, V, dipints, NORVIK_CONTEXT_CALL);
+  scf::CycleSettings settings;
+  settings.niter = *niter;
+  settings.damp = *damp;
+  settings.thr_ene = *thr_ene;
+  settings.thr_rms = *thr_rms;
+  settings.with_dipole = member.dipole;
+  settings.e_offset = *e_offset;
+  settings.dip_offset = {dip_offset[0], dip_offset[1], dip_offset[2]};
+  const scf::CycleObserver log =
+      member.log ? abi::run_log(abi::text_in(logfile, abi::kFileNameLength), *iopt, *isrc)
+                 : scf::CycleObserver();
+  const scf::ScfResult r =
+      scf::run_scf(system, settings, abi::scf_arrays(*nbasis, G, rho, orbitals), rule, log);
+  *energy = r.energy;
+  std::copy(r.dipole.begin(), r.dipole.end(), dipole);
+  *de_final = r.de_final;
+}
+
+// The SCF settings that an initialiser takes at HF_SCF's positions and reads
+// not; its start flag and count are read by the member's start rule.
+void unread_settings(const norvik_int*, const norvik_int*, const norvik_int*, const double*,
+                     const double*, const double*, const double*, const double*) {}
+
+void hf_ini(scf::StartPolicy policy, scf::FockBuild build, const scf::OrbitalRule& rule,
+            NORVIK_HF_INI_ARGS) {
+  unread_settings(istart, natom, niter, damp, thr_ene, thr_rms, e_offset, dip_offset);
+  abi::check_nbasis(*nbasis, "HF_Ini");
+  const scf::ScfSystem system =
+      system_of(build, nbasis, northo, X, S, T, V, dipints, NORVIK_CONTEXT_CALL);
+  scf::StartSettings start;
+  start.policy = policy;
+  if (policy == scf::StartPolicy::free_atoms) start.atomic = {atomrho, 2 * abi::square(*nbasis)};
+  start.counts = abi::counts_of(*nbasis, S, rho);
+  const scf::ScfResult r =
+      scf::initialise(system, start, abi::scf_arrays(*nbasis, G, rho, orbitals), rule);
+  *energy = r.energy;
+  std::copy(r.dipole.begin(), r.dipole.end(), dipole);
+}
+
+}  // namespace
+
+#define NORVIK_HF_SCF_CALL                                                                        \
+  iopt, isrc, logfile, niter, damp, thr_ene, thr_rms, e_offset, dip_offset, nbasis, northo, X, S, \
+      T, V, dipints, NORVIK_CONTEXT_CALL, G, rho, orbitals, energy, dipole, de_final
+#define NORVIK_HF_INI_CALL                                                                        \
+  istart, natom, atomrho, niter, damp, thr_ene, thr_rms, e_offset, dip_offset, nbasis, northo, X, \
+      S, T, V, dipints, NORVIK_CONTEXT_CALL, G, rho, orbitals, energy, dipole
+
+#define NORVIK_HF_SCF_ROUTINE(NAME, LOG, DIPOLE, OCCUPATION, BUILD)                         \
+  extern "C" NORVIK_API void NAME(NORVIK_HF_SCF_ARGS) {                                     \
+    guarded([&] {                                                                           \
+      const Member member{LOG, DIPOLE, scf::Occupation::OCCUPATION, scf::FockBuild::BUILD}; \
+      hf_scf(member, scf::AufbauRule(member.damped), NORVIK_HF_SCF_CALL);                   \
+    });                                                                                     \
+  }
+
+NORVIK_HF_SCF_ROUTINE(HF_SCF, true, true, aufbau, stored)
+NORVIK_HF_SCF_ROUTINE(HF_SCF_MOLE, true, true, aufbau, stored)
+NORVIK_HF_SCF_ROUTINE(HF_SCF_ATOM, true, true, atomic, stored)
+NORVIK_HF_SCF_ROUTINE(HF_SCF_WOLOG, false, true, aufbau, stored)
+NORVIK_HF_SCF_ROUTINE(HF_SCF_PART, false, false, aufbau, stored)
+NORVIK_HF_SCF_ROUTINE(HF_SCF_DIRECT, true, true, aufbau, direct)
+NORVIK_HF_SCF_ROUTINE(HF_SCF_MOLE_DIRECT, true, true, aufbau, direct)
+NORVIK_HF_SCF_ROUTINE(HF_SCF_ATOM_DIRECT, true, true, atomic, direct)
+NORVIK_HF_SCF_ROUTINE(HF_SCF_WOLOG_DIRECT, false, true, aufbau, direct)
+NORVIK_HF_SCF_ROUTINE(HF_SCF_PART_DIRECT, false, false, aufbau, direct)
+
+// Initialisers: HF_INI's start rule (plain members), always the bare start
+// (_NOINT), or the lone atom's start with free-atom shells (_ATOM).
+#define NORVIK_HF_INI_ROUTINE(NAME, START, OCCUPATION, BUILD)                            \
+  extern "C" NORVIK_API void NAME(NORVIK_HF_INI_ARGS) {                                  \
+    guarded([&] {                                                                        \
+      hf_ini(START, scf::FockBuild::BUILD, scf::AufbauRule(scf::Occupation::OCCUPATION), \
+             NORVIK_HF_INI_CALL);                                                        \
+    });                                                                                  \
+  }
+#define NORVIK_COUNT_RULE abi::initialiser_start(*istart, *natom, true)
+
+NORVIK_HF_INI_ROUTINE(HF_INI, NORVIK_COUNT_RULE, aufbau, stored)
+NORVIK_HF_INI_ROUTINE(HF_INI_MOLE, NORVIK_COUNT_RULE, aufbau, stored)
+NORVIK_HF_INI_ROUTINE(HF_INI_ATOM, scf::StartPolicy::free_atom, atomic, stored)
+NORVIK_HF_INI_ROUTINE(HF_INI_NOINT, scf::StartPolicy::core_hamiltonian, aufbau, stored)
+NORVIK_HF_INI_ROUTINE(HF_INI_DIRECT, NORVIK_COUNT_RULE, aufbau, direct)
+NORVIK_HF_INI_ROUTINE(HF_INI_MOLE_DIRECT, NORVIK_COUNT_RULE, aufbau, direct)
+NORVIK_HF_INI_ROUTINE(HF_INI_ATOM_DIRECT, scf::StartPolicy::free_atom, atomic, direct)
+NORVIK_HF_INI_ROUTINE(HF_INI_NOINT_DIRECT, scf::StartPolicy::core_hamiltonian, aufbau, direct)
+
+// The symmetry-adapted C2/B2 members: the block rule over MAKESALC's
+// combinations; the free-atom branch does not apply to two atoms.
+#define NORVIK_SYM_SCF_ROUTINE(NAME)                                      \
+  extern "C" NORVIK_API void NAME(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS) { \
+    guarded([&] {                                                         \
+      abi::check_nbasis(*nbasis, "HF_SCF");                               \
+      const scf::Salc s = abi::salc_in(*nbasis, salc, salcblock);         \
+      hf_scf(Member{}, scf::SymmetryBlockRule(s), NORVIK_HF_SCF_CALL);    \
+    });                                                                   \
+  }
+#define NORVIK_SYM_INI_ROUTINE(NAME)                                                 \
+  extern "C" NORVIK_API void NAME(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS) {            \
+    guarded([&] {                                                                    \
+      abi::check_nbasis(*nbasis, "HF_Ini");                                          \
+      const scf::Salc s = abi::salc_in(*nbasis, salc, salcblock);                    \
+      hf_ini(abi::initialiser_start(*istart, *natom, false), scf::FockBuild::stored, \
+             scf::SymmetryBlockRule(s), NORVIK_HF_INI_CALL);                         \
+    });                                                                              \
+  }
+
+NORVIK_SYM_SCF_ROUTINE(HF_SCF_C2)
+NORVIK_SYM_SCF_ROUTINE(HF_SCF_B2)
+NORVIK_SYM_INI_ROUTINE(HF_INI_C2)
+NORVIK_SYM_INI_ROUTINE(HF_INI_B2)

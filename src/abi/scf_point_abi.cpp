@@ -1,0 +1,159 @@
+// Exported whole calculations: the free atoms of a molecule and the single
+// points, all through the core's one point of the surface.
+#include <algorithm>
+#include <cstdint>
+
+#include "abi/scf_support.h"
+#include "common/fortran_format.h"
+#include "common/text_file.h"
+#include "norvik/scf.h"
+#include "scf/single_point.h"
+
+namespace {
+
+namespace abi = norvik::abi;
+namespace scf = norvik::scf;
+using abi::count;
+using abi::guarded;
+using abi::kFileNameLength;
+using abi::kKeywordLength;
+using abi::kLongKeywordLength;
+using abi::text_in;
+
+// The basis size of the molecule, which must be the host's.
+int checked_nbasis(std::string_view basis, const scf::MoleculeView& molecule, norvik_int nbasis,
+                   const char* routine) {
+  const int n = scf::basis_size(basis, molecule.elements);
+  if (n != nbasis) {
+    throw norvik::Error(norvik::fortran::list_directed(
+        {std::string("Wrong nbasis in ") + routine + ".", std::int64_t{nbasis}, std::int64_t{n}}));
+  }
+  return n;
+}
+
+}  // namespace
+
+extern "C" NORVIK_API void ATOMS(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                                 const norvik_int* zel, const norvik_int* niter, const double* damp,
+                                 const double* thr_ene, const double* thr_rms,
+                                 const double* ramlimit, const double* thr_orth,
+                                 const norvik_int* nbasis, double* eatom, double* atomrho) {
+  guarded([&] {
+    const std::size_t na = count(*natom);
+    const std::string_view name = text_in(basis, kLongKeywordLength);
+    const scf::MoleculeView molecule{{zat, na}, {zel, na}, {}};
+    const int n = checked_nbasis(name, molecule, *nbasis, "Atoms");
+    scf::JobControl job;
+    job.basis = name;
+    job.memory_gb = *ramlimit;
+    job.orthogonality = *thr_orth;
+    const scf::ScfControl control{*niter, *damp, *thr_ene, *thr_rms};
+    scf::free_atoms(job, control, molecule, {eatom, na}, {atomrho, 2 * abi::square(n)});
+  });
+}
+
+namespace {
+
+// The part of a single point's arguments that HF_1POINT and SCF_1POINT share.
+struct PointArgs {
+  const char* basis;
+  const norvik_int *natom, *zat, *zel;
+  const double* pos;
+  const norvik_int *nalpha, *nbeta, *niter;
+  const double *damp, *thr_ene, *thr_rms, *ramlimit, *thr_screen, *thr_orth;
+  const double* atomrho;
+  const norvik_int* nbasis;
+  double *rho, *orbitals;
+};
+
+scf::SinglePointResult run_point(const PointArgs& a, scf::StartPolicy start, const char* routine,
+                                 const scf::PointHooks& hooks, double* overlap) {
+  const std::size_t na = count(*a.natom);
+  const std::string_view name = text_in(a.basis, kLongKeywordLength);
+  const scf::MoleculeView molecule{{a.zat, na}, {a.zel, na}, {a.pos, 3 * na}};
+  const int n = checked_nbasis(name, molecule, *a.nbasis, routine);
+  const std::size_t nn = abi::square(n);
+  scf::JobControl job;
+  job.basis = name;
+  job.memory_gb = *a.ramlimit;
+  job.screening = *a.thr_screen;
+  job.orthogonality = *a.thr_orth;
+  const scf::ScfControl control{*a.niter, *a.damp, *a.thr_ene, *a.thr_rms};
+  scf::PointSettings settings;
+  settings.counts = {*a.nalpha, *a.nbeta};
+  settings.start = start;
+  if (start == scf::StartPolicy::free_atoms) settings.atomic = {a.atomrho, 2 * nn};
+  return scf::single_point(job, control, molecule, settings, {a.rho, 2 * nn},
+                           {a.orbitals, 2 * (nn + count(n))}, hooks,
+                           overlap ? std::span<double>(overlap, nn) : std::span<double>());
+}
+
+void copy_out(const scf::SinglePointResult& r, double* dipole, double* de_final, norvik_int* northo,
+              norvik_int* incore) {
+  std::copy(r.dipole.begin(), r.dipole.end(), dipole);
+  *de_final = r.de_final;
+  *northo = r.northo;
+  *incore = r.in_core ? 1 : 0;
+}
+
+bool is_hartree_fock(std::string_view method) {
+  const std::string_view m = norvik::io::trim_right(method);
+  return m == "HF" || m == "MP2" || m == "RPA" || m == "TDA";
+}
+
+}  // namespace
+
+extern "C" NORVIK_API void HF_1POINT(
+    const char* basis, const norvik_int* natom, const norvik_int* zat, const norvik_int* zel,
+    const double* pos, const norvik_int* nalpha, const norvik_int* nbeta, const norvik_int* niter,
+    const double* damp, const double* thr_ene, const double* thr_rms, const double* ramlimit,
+    const double* thr_screen, const double* thr_orth, const norvik_int* istart,
+    const double* atomrho, const norvik_int* nbasis, double* rho, double* orbitals, double* energy,
+    double* dipole, double* de_final, norvik_int* northo, norvik_int* incore) {
+  guarded([&] {
+    const PointArgs args{basis,      natom,    zat,     zel,     pos,     nalpha,
+                         nbeta,      niter,    damp,    thr_ene, thr_rms, ramlimit,
+                         thr_screen, thr_orth, atomrho, nbasis,  rho,     orbitals};
+    const scf::SinglePointResult r =
+        run_point(args, abi::initialiser_start(*istart, *natom, true), "HF_1point", {}, nullptr);
+    *energy = r.energy;
+    copy_out(r, dipole, de_final, northo, incore);
+  });
+}
+
+extern "C" NORVIK_API void SCF_1POINT(
+    const char* method, const char* basis, const char* report, const char* logfile,
+    const norvik_int* iopt, const norvik_int* natom, const norvik_int* zat, const norvik_int* zel,
+    const double* pos, const norvik_int* nalpha, const norvik_int* nbeta, const norvik_int* niter,
+    const double* damp, const double* thr_ene, const double* thr_rms, const double* ramlimit,
+    const double* thr_screen, const double* thr_orth, const norvik_int* start,
+    const double* atomrho, const norvik_int* nbasis, double* S, double* rho, double* orbitals,
+    double* energy, double* dipole, double* de_final, norvik_int* northo, norvik_int* incore,
+    norvik_int* ncycle, norvik_bool* converged) {
+  guarded([&] {
+    if (!is_hartree_fock(text_in(method, kKeywordLength))) {
+      throw norvik::Error(
+          norvik::fortran::list_directed({"Kohn-Sham is not available in SCF_1point.",
+                                          std::string(text_in(method, kKeywordLength))}));
+    }
+    scf::StartPolicy policy = scf::StartPolicy::core_hamiltonian;
+    if (*start == 1) policy = scf::StartPolicy::free_atoms;
+    if (*start == 2) policy = scf::StartPolicy::supplied;
+    const PointArgs args{basis,      natom,    zat,     zel,     pos,     nalpha,
+                         nbeta,      niter,    damp,    thr_ene, thr_rms, ramlimit,
+                         thr_screen, thr_orth, atomrho, nbasis,  rho,     orbitals};
+    const scf::PointHooks hooks =
+        abi::point_report(text_in(report, kFileNameLength), text_in(logfile, kFileNameLength),
+                          *iopt, *thr_orth, *ramlimit);
+    const scf::SinglePointResult r = run_point(args, policy, "SCF_1point", hooks, S);
+    // A blank line closes the SCF in the run log.
+    const std::string_view log = norvik::io::trim_right(text_in(logfile, kFileNameLength));
+    if (!log.empty()) norvik::io::append_lines(log, {std::string()});
+    energy[0] = r.electronic;
+    energy[1] = r.nuclear;
+    energy[2] = r.energy;
+    copy_out(r, dipole, de_final, northo, incore);
+    *ncycle = r.cycles;
+    *converged = r.converged ? 1 : 0;
+  });
+}

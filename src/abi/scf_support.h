@@ -1,0 +1,55 @@
+// What the exported SCF routines share: the host's matrices as core operators
+// and arrays, the start rule of the initialisers, and the observers that write
+// the run log and the report sections of a point.
+#pragma once
+
+#include <string_view>
+
+#include "abi/abi_support.h"
+#include "norvik/scf.h"
+#include "scf/cycle.h"
+#include "scf/single_point.h"
+#include "scf/symmetry_update.h"
+
+namespace norvik::abi {
+
+// A basis size below one is refused before any array is touched:
+// "Wrong nbasis in ROUTINE." and the size.
+void check_nbasis(norvik_int n, std::string_view routine);
+
+// The fixed operators from the host's S, T, V and X.
+scf::Operators operators(const norvik_int* nbasis, const double* S, const double* T,
+                         const double* V, const norvik_int* northo, const double* X);
+
+// The electron counts that a density pair carries, as the density update
+// counts them: the nearest integers of Tr(ρ_σ S).
+setup::ElectronCount counts_of(norvik_int n, const double* S, const double* rho);
+
+// The density step's arrays on the host's memory.
+scf::StepArrays step_arrays(norvik_int nbasis, const double* G, double* fockhist, double* errhist,
+                            double* scratch, double* rho, double* orbitals);
+
+// The SCF arrays G, rho, orbitals on the host's memory.
+scf::ScfArrays scf_arrays(norvik_int nbasis, double* G, double* rho, double* orbitals);
+
+// The start of HF_INI and HF_1POINT: a start flag other than 1 rescales the
+// supplied density; a fresh start of more than nine atoms takes the free-atom
+// densities when `atoms_apply`; every other fresh start is the bare
+// one-electron one.
+scf::StartPolicy initialiser_start(norvik_int istart, norvik_int natom, bool atoms_apply);
+
+// The combinations handed back by MAKESALC; inconsistent blocks stop with
+// "Invalid symmetry blocks in updaterho." and the first and last entries.
+scf::Salc salc_in(norvik_int n, const double* salc, const norvik_int* salcblock);
+
+// The run log of a driver: one fixed-format line per cycle appended to
+// `logfile` (a blank name writes nothing, and the observer is then empty).
+scf::CycleObserver run_log(std::string_view logfile, int iopt, int isrc);
+
+// The report and progress of one point of a job: the basis dependency and the
+// in-core choice to `report`, "Integrals ok." on standard output, one run-log
+// line per cycle to `logfile`.
+scf::PointHooks point_report(std::string_view report, std::string_view logfile, int iopt,
+                             double thr_orth, double memory_gb);
+
+}  // namespace norvik::abi
