@@ -57,10 +57,13 @@ PointResult run_hartree_fock(const Job& job) {
              job.zat.data(), job.zel.data(), job.pos.data(), &job.nalpha, &job.nbeta, &job.niter[1],
              &job.damp[1], &job.thr_ene[1], &job.thr_rms[1], &job.memory_gb, &job.screening,
              &thr_orth, &start, atomrho.data(), &n, S.data(), rho.data(), orbitals.data(), energy,
-             dipole, &result.de_final, &northo, &in_core, &ncycle, &converged);
+             dipole, &result.de_final, &northo, &in_core, &ncycle, &converged, &result.rmsd,
+             &result.commutator);
   stamp("Hartree-Fock exploration ok.");
   result.northo = northo;
   result.in_core = in_core == 1;
+  result.cycles = ncycle;
+  result.converged = converged != 0;
 
   // The result sections.
   result.energy = energy[2];

@@ -17,6 +17,10 @@ struct PointResult {
   int nbasis = 0;
   int northo = 0;
   bool in_core = true;
+  int cycles = 0;           // SCF cycles made
+  bool converged = false;   // both thresholds met before the iteration limit
+  double rmsd = 0.0;        // RMS density change of the last cycle
+  double commutator = 0.0;  // |FPS - SPF| of the last cycle [hartree]
 };
 
 // Runs the free atoms and the single point, writing their report sections and the

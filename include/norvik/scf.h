@@ -323,8 +323,12 @@ NORVIK_API void HF_1POINT(const char* basis, const norvik_int* natom, const norv
  *   26 dipole (out, 3, electronic + nuclear, e·Å);  27 de_final (out, eV);
  *   28 northo (out);  29 incore (out, 1 stored integrals, 0 integral-direct);
  *   30 ncycle (out, SCF cycles made);  31 converged (out, flag: the SCF met both
- *     thresholds before niter cycles).
- * Progress: "Integrals ok." on standard output once the integrals are ready.
+ *     thresholds before niter cycles);  32 rmsd (out, RMS density change of the
+ *     last cycle);  33 commutator (out, |FPS − SPF| of the last cycle in hartree,
+ *     as the run log writes it).
+ * Progress: "Integrals ok." on standard output once the integrals are ready.  An
+ * SCF that used up its niter cycles (niter ≥ 1) appends "SCF not converged in N
+ * cycles" with the last energy change and RMS density change to the report.
  * A wrong nbasis stops with "Wrong nbasis in SCF_1point." and both numbers. */
 NORVIK_API void SCF_1POINT(const char* method, const char* basis, const char* report,
                            const char* logfile, const norvik_int* iopt, const norvik_int* natom,
@@ -335,7 +339,8 @@ NORVIK_API void SCF_1POINT(const char* method, const char* basis, const char* re
                            const double* thr_orth, const norvik_int* start, const double* atomrho,
                            const norvik_int* nbasis, double* S, double* rho, double* orbitals,
                            double* energy, double* dipole, double* de_final, norvik_int* northo,
-                           norvik_int* incore, norvik_int* ncycle, norvik_bool* converged);
+                           norvik_int* incore, norvik_int* ncycle, norvik_bool* converged,
+                           double* rmsd, double* commutator);
 
 /* ---- report sections (each appends to the report file, the last argument) ------- */
 

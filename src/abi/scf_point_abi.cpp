@@ -1,12 +1,15 @@
 // Exported whole calculations: the free atoms of a molecule and the single
 // points, all through the core's one point of the surface.
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 #include "abi/scf_support.h"
+#include "common/constants.h"
 #include "common/fortran_format.h"
 #include "common/text_file.h"
 #include "norvik/scf.h"
+#include "report/scf_sections.h"
 #include "scf/single_point.h"
 
 namespace {
@@ -129,7 +132,7 @@ extern "C" NORVIK_API void SCF_1POINT(
     const double* thr_screen, const double* thr_orth, const norvik_int* start,
     const double* atomrho, const norvik_int* nbasis, double* S, double* rho, double* orbitals,
     double* energy, double* dipole, double* de_final, norvik_int* northo, norvik_int* incore,
-    norvik_int* ncycle, norvik_bool* converged) {
+    norvik_int* ncycle, norvik_bool* converged, double* rmsd, double* commutator) {
   guarded([&] {
     if (!is_hartree_fock(text_in(method, kKeywordLength))) {
       throw norvik::Error(
@@ -146,14 +149,20 @@ extern "C" NORVIK_API void SCF_1POINT(
         abi::point_report(text_in(report, kFileNameLength), text_in(logfile, kFileNameLength),
                           *iopt, *thr_orth, *ramlimit);
     const scf::SinglePointResult r = run_point(args, policy, "SCF_1point", hooks, S);
-    // A blank line closes the SCF in the run log.
+    // A blank line closes the SCF in the run log; an SCF that used up its
+    // cycles says so in the report.
     const std::string_view log = norvik::io::trim_right(text_in(logfile, kFileNameLength));
     if (!log.empty()) norvik::io::append_lines(log, {std::string()});
+    if (!r.converged && *niter > 0) {
+      abi::append_to(report, norvik::report::not_converged(r.cycles, r.de_final, r.rmsd));
+    }
     energy[0] = r.electronic;
     energy[1] = r.nuclear;
     energy[2] = r.energy;
     copy_out(r, dipole, de_final, northo, incore);
     *ncycle = r.cycles;
     *converged = r.converged ? 1 : 0;
+    *rmsd = r.rmsd;
+    *commutator = std::sqrt(r.comm2) / norvik::constants::kHartreeEvLog;
   });
 }

@@ -88,6 +88,15 @@ Lines energy_scf(double emol, double de_final) {
                        de_final, text(" [eV]")})};
 }
 
+Lines not_converged(int cycles, double de_final, double rmsd) {
+  return {
+      "#",
+      format("(A,I5,A)", {text("#  SCF not converged in "), std::int64_t{cycles},
+                          text(" cycles: the energy and orbitals are those of the last cycle.")}),
+      format("(A,ES10.3,A,ES10.3)", {text("#  last energy change = "), de_final,
+                                     text(" [eV],  last RMS density change = "), rmsd})};
+}
+
 Lines levels(std::span<const double> alpha, std::span<const double> beta, int nlevel, int nalpha,
              int nbeta) {
   Lines lines{"#", "#  Orbital energies [eV] (occupied: *)",

@@ -130,6 +130,8 @@ void free_atoms(const JobControl& job, const ScfControl& scf, const MoleculeView
     const std::size_t m = square(m_basis);
     std::vector<double> rho(2 * m), orbitals(2 * (m + static_cast<std::size_t>(m_basis)));
     const SinglePointResult r = compute_point(basis, job, scf, atom, settings, rho, orbitals);
+    settings.occupation = Occupation::atomic;
+    compute_point(basis, job, scf, atom, settings, rho, orbitals);
 
     // Every atom of this element gets the energy and the density block.
     for (std::size_t b = a; b < natom; ++b) {
@@ -168,7 +170,7 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
   start.atomic = settings.atomic;
   start.counts = settings.counts;
   const Occupation first =
-      settings.start == StartPolicy::free_atom ? Occupation::atomic : Occupation::aufbau;
+      settings.start == StartPolicy::free_atom ? Occupation::atomic : settings.occupation;
   initialise(system, start, arrays, AufbauRule(first));
 
   SinglePointResult result;
@@ -182,7 +184,8 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
   cycle.with_dipole = settings.with_dipole;
   cycle.e_offset = result.nuclear;
   cycle.dip_offset = nuclear;
-  const ScfResult r = run_scf(system, cycle, arrays, AufbauRule(), hooks.cycle);
+  const ScfResult r = run_scf(system, cycle, arrays,
+                              AufbauRule(settings.occupation, settings.occupation), hooks.cycle);
 
   result.electronic = r.energy;
   result.energy = result.electronic + result.nuclear;
@@ -192,6 +195,8 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
   result.in_core = p.in_core;
   result.cycles = r.cycles;
   result.converged = r.converged;
+  result.rmsd = r.rmsd;
+  result.comm2 = r.comm2;
   std::vector<double> work(2 * nn);
   result.spin_squared = spin_squared(system.operators.s, rho, work);
   if (overlap.size() >= nn) std::copy(p.s.begin(), p.s.end(), overlap.begin());

@@ -64,12 +64,17 @@ PreparedSystem prepare_system(const basis::BasisSet& basis, std::span<const doub
 // The number of basis functions of the molecule in the named basis.
 int basis_size(std::string_view basis, std::span<const int> elements);
 
-// Free atoms: one unrestricted SCF per distinct element among the atoms with a
-// nonzero nuclear charge, in its ground-state multiplicity (Hund's rule), with
-// the isolated-atom exponents where the basis has them (STO-3G).  `energies`
-// (natom) gets each atom's free-atom energy [eV] (0 for a ghost); `atomic`
-// ((n, n, 2) over the molecule's basis) the free-atom densities on the
-// diagonal blocks of their atoms, zero elsewhere.
+// Free atoms: per distinct element among the atoms with a nonzero nuclear
+// charge, in its ground-state multiplicity (Hund's rule), with the
+// isolated-atom exponents where the basis has them (STO-3G), two SCFs.
+// `energies` (natom) gets each atom's free-atom energy [eV] (0 for a ghost):
+// the unrestricted atom with integer occupations, whose open shell points
+// wherever the first aufbau step sends it.  `atomic` ((n, n, 2) over the
+// molecule's basis) gets, on the diagonal blocks of their atoms and zero
+// elsewhere, the spherically averaged atoms: the same atom with the electrons
+// of its open shell shared evenly over the shell in every step (the alpha and
+// beta densities kept apart), so that a molecule started from them has the
+// molecule's symmetry whatever its orientation.
 void free_atoms(const JobControl& job, const ScfControl& scf, const MoleculeView& molecule,
                 std::span<double> energies, std::span<double> atomic);
 
@@ -78,6 +83,9 @@ struct PointSettings {
   setup::ElectronCount counts;
   StartPolicy start = StartPolicy::core_hamiltonian;
   std::span<const double> atomic;  // (n, n, 2) free-atom densities (StartPolicy::free_atoms)
+  // The occupation of every SCF step: aufbau, or the free atom's open shell
+  // shared evenly (the spherical average).
+  Occupation occupation = Occupation::aufbau;
   bool with_dipole = true;
 };
 
@@ -99,6 +107,8 @@ struct SinglePointResult {
   bool in_core = false;     // integrals stored (else integral-direct)
   int cycles = 0;
   bool converged = false;
+  double rmsd = 0.0;          // RMS density change of the last cycle
+  double comm2 = 0.0;         // ‖FPS − SPF‖² of the last cycle, both spins [eV²]
   double spin_squared = 0.0;  // ⟨S²⟩ of the determinant
 };
 

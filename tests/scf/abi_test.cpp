@@ -105,6 +105,34 @@ TEST(Abi, FreeAtomsOfAmmonia) {
   EXPECT_NEAR(tb, 5.0, 1e-12);
 }
 
+TEST(Abi, FreeAtomEnergyIsUnrestrictedItsDensitySpherical) {
+  // Triplet O in 6-31++G*: functions 2-4, 6-8 and 10-12 are the three p shells.
+  // The energy is the integer-occupation UHF atom's; the density the spherical
+  // average, in which each p shell holds its electrons of a spin evenly.
+  const std::string basis = padded("6-31++Gx", 20);
+  const norvik_int natom = 1, z = 8, niter = 100, nbasis = 18;
+  const double damp = 0.5, thr = 1e-10, ram = 4.0, orth = 1e-8;
+  double eatom = 0.0;
+  std::vector<double> atomrho(2 * nbasis * nbasis);
+  ATOMS(basis.data(), &natom, &z, &z, &niter, &damp, &thr, &thr, &ram, &orth, &nbasis, &eatom,
+        atomrho.data());
+  EXPECT_NEAR(eatom / constants::kHartreeEv, -74.7862349933, 1e-7);  // Psi4 UHF, hf_energies.tsv
+  const std::size_t nn = static_cast<std::size_t>(nbasis) * nbasis;
+  for (std::size_t spin = 0; spin < 2; ++spin) {
+    const double* p = atomrho.data() + spin * nn;
+    for (int first : {2, 6, 10}) {
+      const double xx = p[first + first * nbasis];
+      for (int k = 1; k < 3; ++k) {
+        EXPECT_NEAR(p[first + k + (first + k) * nbasis], xx, 1e-9 * std::abs(xx) + 1e-12)
+            << spin << " " << first + k;
+        EXPECT_NEAR(p[first + (first + k) * nbasis], 0.0, 1e-12) << spin << " " << first + k;
+      }
+    }
+  }
+  // The spin density is kept: the alpha p shell is full, the beta one a third.
+  EXPECT_GT(atomrho[2 + 2 * nbasis], 2.0 * atomrho[nn + 2 + 2 * nbasis]);
+}
+
 TEST(Abi, InitialiserAndDriverOnTheHostsArrays) {
   testing::Fixture f(testing::hydroxyl(), "STO-3G");
   const auto& ctx = f.prepared.context;
