@@ -1,0 +1,74 @@
+#include "dft/grid/molecular_grid.h"
+
+#include <algorithm>
+
+#include "dft/grid/atomic_grid.h"
+#include "dft/grid/partition.h"
+
+namespace norvik::dft {
+
+int grid_sizes(std::span<const int> z, std::span<int> npts, std::span<int> offset) {
+  int total = 0;
+  for (std::size_t a = 0; a < z.size(); ++a) {
+    npts[a] = points_per_atom(z[a]);
+    offset[a] = total;
+    total += npts[a];
+  }
+  return total;
+}
+
+void molecular_grid(std::span<const double> coords, const GridTemplates& t,
+                    std::span<const int> npts, std::span<const int> offset,
+                    std::span<double> points, std::span<double> weights) {
+  const int natom = static_cast<int>(coords.size() / 3);
+  const auto nmax = static_cast<std::size_t>(t.nmax);
+#pragma omp parallel for schedule(dynamic, 1)
+  for (int a = 0; a < natom; ++a) {
+    const auto ua = static_cast<std::size_t>(a);
+    if (npts[ua] < 1) continue;
+    const auto kind = static_cast<std::size_t>(t.kind[ua]);
+    const double* tp = t.points.data() + 3 * nmax * kind;
+    const double* tw = t.weights.data() + nmax * kind;
+    for (std::size_t p = 0; p < static_cast<std::size_t>(npts[ua]); ++p) {
+      const std::size_t at = static_cast<std::size_t>(offset[ua]) + p;
+      Point r;
+      for (std::size_t k = 0; k < 3; ++k) {
+        r[k] = tp[3 * p + k] + coords[3 * ua + k];
+        points[3 * at + k] = r[k];
+      }
+      weights[at] = fuzzy_weight(coords, a, r) * tw[p];
+    }
+  }
+}
+
+Grid make_grid(std::span<const int> elements, std::span<const double> positions, double r0) {
+  const std::size_t natom = elements.size();
+  std::vector<int> npts(natom), offset(natom), kind(natom), kinds;
+  const int total = grid_sizes(elements, npts, offset);
+  for (std::size_t a = 0; a < natom; ++a) {
+    std::size_t k = 0;
+    while (k < kinds.size() && kinds[k] != elements[a]) ++k;
+    if (k == kinds.size()) kinds.push_back(elements[a]);
+    kind[a] = static_cast<int>(k);
+  }
+  int nmax = 0;
+  for (int z : kinds) nmax = std::max(nmax, points_per_atom(z));
+  const auto m = static_cast<std::size_t>(nmax);
+  std::vector<double> tp(3 * m * kinds.size(), 0.0), tw(m * kinds.size(), 0.0);
+  for (std::size_t k = 0; k < kinds.size(); ++k) {
+    const auto n = static_cast<std::size_t>(points_per_atom(kinds[k]));
+    atomic_template(kinds[k], r0, {tp.data() + 3 * m * k, 3 * n}, {tw.data() + m * k, n});
+  }
+  Grid grid{std::vector<double>(3 * static_cast<std::size_t>(total)),
+            std::vector<double>(static_cast<std::size_t>(total))};
+  molecular_grid(positions, {nmax, tp, tw, kind}, npts, offset, grid.points, grid.weights);
+  return grid;
+}
+
+double integrate(std::span<const double> values, std::span<const double> weights) {
+  double sum = 0.0;
+  for (std::size_t k = 0; k < values.size(); ++k) sum += values[k] * weights[k];
+  return sum;
+}
+
+}  // namespace norvik::dft
