@@ -123,6 +123,8 @@ ScfResult initialise(const ScfSystem& system, FockBuilder& builder, const Orbita
   if (policy == StartPolicy::free_atoms && !holds_electrons(op.s, settings.atomic))
     policy = StartPolicy::core_hamiltonian;
   switch (policy) {
+    case StartPolicy::current:
+      break;
     case StartPolicy::supplied:
       normalize_density(op.s, settings.counts, arrays.rho);
       break;

@@ -92,6 +92,7 @@ enum class StartPolicy {
                      // counts (the core-Hamiltonian start when they hold none)
   supplied,          // the density as supplied, rescaled to the counts
   free_atom,         // a lone atom: the featureless density, then one step
+  current,           // the density as it stands (an earlier stage's result)
 };
 
 struct StartSettings {

@@ -10,6 +10,8 @@
 #include "common/constants.h"
 #include "common/error.h"
 #include "common/fortran_format.h"
+#include "dft/grid/molecular_grid.h"
+#include "dft/xc/basis_values.h"
 #include "integrals/one/one_electron_matrices.h"
 #include "integrals/two/two_electron.h"
 #include "linalg/memory_estimates.h"
@@ -176,16 +178,38 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
   SinglePointResult result;
   result.nuclear = nuclear_repulsion(molecule.charges, molecule.positions);
   const Vec3 nuclear = nuclear_dipole(molecule.charges, molecule.positions);
-  CycleSettings cycle;
-  cycle.niter = scf.niter;
-  cycle.damp = scf.damp;
-  cycle.thr_ene = scf.thr_ene;
-  cycle.thr_rms = scf.thr_rms;
-  cycle.with_dipole = settings.with_dipole;
-  cycle.e_offset = result.nuclear;
-  cycle.dip_offset = nuclear;
-  const ScfResult r = run_scf(system, cycle, arrays,
-                              AufbauRule(settings.occupation, settings.occupation), hooks.cycle);
+  auto cycle_settings = [&](const ScfControl& control) {
+    CycleSettings cycle;
+    cycle.niter = control.niter;
+    cycle.damp = control.damp;
+    cycle.thr_ene = control.thr_ene;
+    cycle.thr_rms = control.thr_rms;
+    cycle.with_dipole = settings.with_dipole;
+    cycle.e_offset = result.nuclear;
+    cycle.dip_offset = nuclear;
+    return cycle;
+  };
+  const AufbauRule rule(settings.occupation, settings.occupation);
+  const bool kohn_sham = settings.kohn_sham.has_value();
+  ScfResult r =
+      run_scf(system, cycle_settings(scf), arrays, rule, kohn_sham ? CycleObserver() : hooks.cycle);
+  if (kohn_sham) {
+    const KohnShamStage& ks = *settings.kohn_sham;
+    result.hf_cycles = r.cycles;
+    const dft::Grid grid = dft::make_grid(molecule.elements, molecule.positions, ks.grid_radius);
+    std::vector<double> chi(dft::basis_table_size(grid.size(), p.n));
+    dft::basis_on_grid(basis, molecule.positions, grid.points, chi);
+    KohnShamBuilder builder(system.context, system.build, ks.functional,
+                            {grid.size(), p.n, grid.weights, chi});
+    StartSettings from_hf;
+    from_hf.policy = StartPolicy::current;
+    from_hf.counts = settings.counts;
+    initialise(system, builder, rule, from_hf, arrays);
+    r = run_cycles(system, builder, rule, cycle_settings(ks.scf), arrays, hooks.cycle);
+    result.xc_energy = builder.xc_energy();
+    result.grid_points = grid.size();
+    result.grid_electrons = builder.grid_electrons();
+  }
 
   result.electronic = r.energy;
   result.energy = result.electronic + result.nuclear;

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "basis/basis_set.h"
 #include "integrals/two/two_electron.h"
 #include "scf/hf_driver.h"
+#include "scf/kohn_sham_builder.h"
 #include "scf/properties.h"
 #include "setup/elements.h"
 
@@ -78,6 +80,14 @@ int basis_size(std::string_view basis, std::span<const int> elements);
 void free_atoms(const JobControl& job, const ScfControl& scf, const MoleculeView& molecule,
                 std::span<double> energies, std::span<double> atomic);
 
+// The Kohn–Sham stage of a point: after the Hartree–Fock SCF, the Kohn–Sham
+// SCF from its density with the functional on the molecular grid.
+struct KohnShamStage {
+  XcFunctional functional;
+  ScfControl scf;
+  double grid_radius = 1.0;  // base radius R0 of the grid templates [Å]
+};
+
 // What a point starts from and how it occupies.
 struct PointSettings {
   setup::ElectronCount counts;
@@ -87,6 +97,7 @@ struct PointSettings {
   // shared evenly (the spherical average).
   Occupation occupation = Occupation::aufbau;
   bool with_dipole = true;
+  std::optional<KohnShamStage> kohn_sham;  // none: Hartree–Fock
 };
 
 // What a caller hears while a point is computed.
@@ -110,11 +121,19 @@ struct SinglePointResult {
   double rmsd = 0.0;          // RMS density change of the last cycle
   double comm2 = 0.0;         // ‖FPS − SPF‖² of the last cycle, both spins [eV²]
   double spin_squared = 0.0;  // ⟨S²⟩ of the determinant
+  // Kohn–Sham: the exchange–correlation energy (total, exchange, correlation)
+  // [eV] inside `electronic`, the grid's points and the electrons it sees (α, β,
+  // both), and the Hartree–Fock stage's cycles.
+  std::array<double, 3> xc_energy{};
+  int grid_points = 0;
+  std::array<double, 3> grid_electrons{};
+  int hf_cycles = 0;
 };
 
-// The point of `basis` on the molecule's positions, Hartree–Fock: the start
-// (a lone atom's start, StartPolicy::free_atom, occupies its shells evenly),
-// then the aufbau SCF.  `rho`
+// The point of `basis` on the molecule's positions: the start (a lone atom's
+// start, StartPolicy::free_atom, occupies its shells evenly), the Hartree–Fock
+// SCF, and for Kohn–Sham the grid, the basis on the grid and the Kohn–Sham SCF
+// from the Hartree–Fock density.  The hooks hear the last stage's cycles.  `rho`
 // (n, n, 2) holds the supplied density (StartPolicy::supplied) and receives
 // the result, `orbitals` (n, n + 1, 2) the orbitals; `overlap` (n², optional)
 // receives S.
