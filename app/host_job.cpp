@@ -17,20 +17,23 @@ std::string trimmed(const std::string& buffer) {
   return end == std::string::npos ? std::string() : buffer.substr(0, end + 1);
 }
 
-namespace {
-
 // Built-in settings of a Kohn-Sham job (HF atom, KS atom, HF molecule, KS molecule).
-void kohn_sham_defaults(Job& job) {
+void use_kohn_sham_defaults(Job& job) {
   job.niter = {64, 64, 128, 128};
   job.damp = {0.5, 0.5, 0.5, 0.5};
   job.thr_ene = {1.0e-6, 1.0e-6, 1.0e-7, 1.0e-7};
   job.thr_rms = {1.0e-6, 1.0e-6, 1.0e-7, 1.0e-7};
 }
 
+namespace {
+
 struct Arrays {
   std::vector<int> zat, zel;
   std::vector<double> pos;
-  Arrays() : zat(kMaxAtoms), zel(kMaxAtoms), pos(3 * kMaxAtoms) {}
+  explicit Arrays(int n)
+      : zat(static_cast<std::size_t>(n)),
+        zel(static_cast<std::size_t>(n)),
+        pos(3 * static_cast<std::size_t>(n)) {}
 };
 
 void keep_atoms(Job& job, const Arrays& a) {
@@ -40,8 +43,8 @@ void keep_atoms(Job& job, const Arrays& a) {
 }
 
 void setup_hartree_fock(Job& job, const std::string& parameter_file) {
-  Arrays a;
-  const int maxatom = kMaxAtoms, maxorb = kMaxOrbitals;
+  Arrays a(job.max_atoms);
+  const int maxatom = job.max_atoms, maxorb = kMaxOrbitals;
   SETUP_HF(&maxatom, &maxorb, job.molecule_file.data(), parameter_file.data(), &job.memory_gb,
            &job.threads, &job.niter[0], &job.niter[1], &job.damp[0], &job.damp[1], &job.thr_ene[0],
            &job.thr_ene[1], &job.thr_rms[0], &job.thr_rms[1], &job.screening, &job.grad_converge,
@@ -54,8 +57,8 @@ void setup_hartree_fock(Job& job, const std::string& parameter_file) {
 }
 
 void setup_kohn_sham(Job& job) {
-  Arrays a;
-  const int maxatom = kMaxAtoms, maxorb = kMaxOrbitals;
+  Arrays a(job.max_atoms);
+  const int maxatom = job.max_atoms, maxorb = kMaxOrbitals;
   SETUP_KS(&maxatom, &maxorb, job.molecule_file.data(), job.parameter_file.data(), &job.memory_gb,
            &job.threads, &job.niter[0], &job.niter[1], &job.niter[2], &job.niter[3], &job.damp[0],
            &job.damp[1], &job.damp[2], &job.damp[3], &job.thr_ene[0], &job.thr_ene[1],
@@ -85,7 +88,7 @@ void setup(Job& job) {
     if (!trimmed(job.parameter_file).empty()) setup_hartree_fock(job, job.parameter_file);
     return;
   }
-  kohn_sham_defaults(job);
+  use_kohn_sham_defaults(job);
   setup_kohn_sham(job);
 }
 

@@ -15,9 +15,7 @@ inline constexpr int kPathLength = NORVIK_FILE_NAME_LENGTH;
 inline constexpr int kKeywordLength = NORVIK_KEYWORD_LENGTH;
 inline constexpr int kNameLength = NORVIK_NAME_LENGTH;
 
-// Capacity of the host's atom arrays (the molecule file must hold fewer atoms)
-// and the most orbitals it keeps per spin.
-inline constexpr int kMaxAtoms = 1000;
+// The most orbitals the host keeps per spin.
 inline constexpr int kMaxOrbitals = 4096;
 
 // The hartree in eV, for the host's own summary line.
@@ -35,6 +33,11 @@ struct Job {
   std::string log_file;        // padded
 
   bool kohn_sham = false;
+
+  // Capacity of the atom arrays handed to the library, which refuses a file with
+  // this many atoms or more: the host sets it from the atom records it counted
+  // (one more than their number), so that any molecule fits.
+  int max_atoms = 0;
 
   // Parameter records 2 and 4: memory limit [GB] and thread count (0 = all).
   double memory_gb = 4.0;
@@ -67,6 +70,9 @@ struct Job {
   std::vector<int> zat, zel;
   std::vector<double> pos;  // (3, natom), angstrom
 };
+
+// The built-in settings of a Kohn-Sham job, in place of the Hartree-Fock ones.
+void use_kohn_sham_defaults(Job& job);
 
 // Steps 1 and 2 of a job: setup through the library, then the report header
 // and the run-log header.

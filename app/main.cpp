@@ -2,25 +2,44 @@
 //
 //   norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]
 //
-// Reads the job through the library, writes the report header and the run-log
-// header, and says where they went.
+// Checks the input files and the output names, runs the job through the library
+// with the report and the run log under partial names, and renames them into
+// place when the job has a result.  docs/host.md describes the checks, the files
+// and the exit statuses.
 #include <omp.h>
 
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include "hartree_fock.h"
 #include "host_job.h"
+#include "input_check.h"
+#include "job_process.h"
 #include "norvik.h"
+#include "output_files.h"
 
 namespace {
 
+// Exit statuses (docs/host.md).  A fatal library error ends the job with 1.
+constexpr int kSuccess = 0;
+constexpr int kLibraryError = 1;
 constexpr int kUsageError = 2;
+constexpr int kNotConverged = 3;
+
+// |FPS - SPF| is the orbital gradient of the SCF energy: zero at a solution, and
+// the energy of a point lies above the solution's by about its square over the
+// HOMO-LUMO gap.  At the default thresholds it ends near 1e-7 hartree.  Above
+// 1e-3 hartree the energy may be off by 1e-6 hartree and more (the agreement the
+// reference tests demand), so such a point is not taken as converged even when
+// its energy and density changes met loose thresholds.
+constexpr double kStationarityLimit = 1.0e-3;  // hartree
+
+// The most problems listed for one run; the rest are counted.
+constexpr std::size_t kMaxProblemsShown = 20;
 
 void usage(std::ostream& out) {
   out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
@@ -30,7 +49,16 @@ void usage(std::ostream& out) {
          "  --report FILE   report file (default: MOLECULE_FILE's name with .report)\n"
          "  --log FILE      run log, one line per SCF cycle (default: with .log)\n"
          "\n"
-         "The report and the log are started afresh by every run.\n";
+         "The host checks both input files before the job starts.  The job writes the\n"
+         "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
+         "A failing run leaves an earlier report and log as they were.\n"
+         "\n"
+         "Exit status:\n"
+         "  0  the job ended with a result\n"
+         "  1  the library stopped the job (its message is on standard output)\n"
+         "  2  a usage, input-file or output-file error found by the host\n"
+         "  3  the SCF did not converge, or stopped on a point that is not a solution\n"
+         "     (not when both molecule thresholds are 0, a fixed number of cycles)\n";
 }
 
 [[noreturn]] void fail(const std::string& message) {
@@ -38,76 +66,68 @@ void usage(std::ostream& out) {
   std::exit(kUsageError);
 }
 
-// A file name must fit the library's file-name buffer.
-void require_fitting_name(const std::string& path, const char* what) {
-  if (path.size() > static_cast<std::size_t>(host::kPathLength)) {
-    fail(std::string(what) + " name longer than " + std::to_string(host::kPathLength) +
-         " characters: '" + path + "'");
+[[noreturn]] void fail(const std::vector<std::string>& problems) {
+  for (std::size_t i = 0; i < problems.size() && i < kMaxProblemsShown; ++i) {
+    std::cerr << "norvik: " << problems[i] << '\n';
   }
-}
-
-// An input file must exist and be readable before the library is asked to read it.
-void require_readable(const std::string& path, const char* what) {
-  std::error_code ec;
-  if (std::filesystem::is_directory(path, ec))
-    fail(std::string(what) + " '" + path + "' is a directory");
-  std::ifstream in(path);
-  if (!in) fail(std::string("cannot read ") + what + " '" + path + "'");
-  require_fitting_name(path, what);
-}
-
-// Output files are started afresh; a name the library cannot take is refused here.
-void start_fresh(const std::string& path, const char* what) {
-  require_fitting_name(path, what);
-  std::ofstream out(path, std::ios::trunc);
-  if (!out) fail(std::string("cannot write ") + what + " '" + path + "'");
+  if (problems.size() > kMaxProblemsShown) {
+    const std::size_t more = problems.size() - kMaxProblemsShown;
+    std::cerr << "norvik: ... and " << more << (more == 1 ? " more problem\n" : " more problems\n");
+  }
+  std::cerr << "norvik: nothing was run; no report or log was written\n";
+  std::exit(kUsageError);
 }
 
 std::string with_extension(const std::string& molecule_file, const char* extension) {
   return std::filesystem::path(molecule_file).filename().replace_extension(extension).string();
 }
 
-int run(const std::vector<std::string>& args) {
-  std::vector<std::string> positional;
-  std::string report, log;
-  for (std::size_t i = 0; i < args.size(); ++i) {
-    const std::string& a = args[i];
-    if (a == "--report" || a == "--log") {
-      if (i + 1 == args.size()) fail(a + " needs a file name");
-      (a == "--report" ? report : log) = args[++i];
-    } else if (a == "-h" || a == "--help") {
-      usage(std::cout);
-      return 0;
-    } else if (a.size() > 1 && a[0] == '-') {
-      fail("unknown option '" + a + "' (see norvik --help)");
-    } else {
-      positional.push_back(a);
-    }
-  }
-  if (positional.empty() || positional.size() > 2) {
-    usage(std::cerr);
-    return kUsageError;
-  }
+struct Request {
+  std::string molecule_file, parameter_file, report, log;
+  bool has_parameter_file = false;
+};
 
-  host::Job job;
-  const std::string& molecule_file = positional[0];
-  require_readable(molecule_file, "molecule file");
-  job.molecule_file = host::padded(molecule_file, host::kPathLength);
-  if (positional.size() == 2) {
-    require_readable(positional[1], "parameter file");
-    job.parameter_file = host::padded(positional[1], host::kPathLength);
-  } else {
-    job.parameter_file = host::padded("", host::kPathLength);
+// How the molecule's SCF ended, on standard output; the exit status.
+int verdict(const host::Job& job, const host::PointResult& point) {
+  const bool fixed_cycles = job.thr_ene[1] == 0.0 && job.thr_rms[1] == 0.0;
+  if (fixed_cycles) {
+    std::printf(
+        "norvik: ran the %d SCF cycles asked for (both molecule thresholds 0): last energy "
+        "change %.3e eV, RMS density change %.3e, |FPS-SPF| = %.3e hartree\n",
+        point.cycles, point.de_final, point.rmsd, point.commutator);
+    return kSuccess;
   }
-  if (report.empty()) report = with_extension(molecule_file, ".report");
-  if (log.empty()) log = with_extension(molecule_file, ".log");
-  job.report_file = host::padded(report, host::kPathLength);
-  job.log_file = host::padded(log, host::kPathLength);
+  if (!point.converged) {
+    std::printf(
+        "norvik: SCF not converged in %d cycles (last energy change %.3e eV, RMS density change "
+        "%.3e): raise the molecule's iteration limit in record 6 of the parameter file, or give "
+        "the molecule more damping in record 8\n",
+        point.cycles, point.de_final, point.rmsd);
+    return kNotConverged;
+  }
+  if (!(point.commutator <= kStationarityLimit)) {
+    std::printf(
+        "norvik: the SCF stopped on a point that is not a solution (|FPS-SPF| = %.3e hartree, "
+        "above %.0e): tighten the molecule's thresholds in records 10 and 12 of the parameter "
+        "file\n",
+        point.commutator, kStationarityLimit);
+    return kNotConverged;
+  }
+  return kSuccess;
+}
+
+// The job itself, with the report and the log under their partial names.
+int run_job(const Request& request, const host::InputFacts& facts,
+            const std::vector<host::OutputFile>& outputs) {
+  host::Job job;
+  job.max_atoms = facts.natom + 1;
+  job.molecule_file = host::padded(request.molecule_file, host::kPathLength);
+  job.parameter_file = host::padded(request.parameter_file, host::kPathLength);
+  job.report_file = host::padded(outputs[0].partial, host::kPathLength);
+  job.log_file = host::padded(outputs[1].partial, host::kPathLength);
 
   host::setup(job);
   if (job.threads > 0) omp_set_num_threads(job.threads);
-  start_fresh(report, "report file");
-  start_fresh(log, "log file");
   host::write_header(job);
   std::cout << "norvik: " << host::trimmed(job.theory) << " / " << host::trimmed(job.basis)
             << " job '" << host::trimmed(job.molecule_name) << "': " << job.natom - job.nghost
@@ -116,17 +136,118 @@ int run(const std::vector<std::string>& args) {
 
   if (job.kohn_sham) {
     std::cout << "norvik: Kohn-Sham jobs are not available yet; the report holds the job header\n";
-  } else {
-    host::PointResult point = host::run_hartree_fock(job);
-    for (double& d : point.dipole) d = std::abs(d) < 5e-6 ? 0.0 : d;  // no "-0.00000"
-    std::printf("norvik: E(%s) = %.9f hartree (%s, %d basis functions), dipole %.5f %.5f %.5f eA\n",
-                job.multiplicity == 1 ? "RHF" : "UHF", point.energy / host::kHartreeEv,
-                point.in_core ? "stored integrals" : "integral-direct", point.nbasis,
-                point.dipole[0], point.dipole[1], point.dipole[2]);
+    return kSuccess;
   }
-  std::cout << "norvik: report written to " << report << "\n"
-            << "norvik: run log written to " << log << "\n";
-  return 0;
+  host::PointResult point = host::run_hartree_fock(job);
+  for (double& d : point.dipole) d = std::abs(d) < 5e-6 ? 0.0 : d;  // no "-0.00000"
+  std::printf("norvik: E(%s) = %.9f hartree (%s, %d basis functions), dipole %.5f %.5f %.5f eA\n",
+              job.multiplicity == 1 ? "RHF" : "UHF", point.energy / host::kHartreeEv,
+              point.in_core ? "stored integrals" : "integral-direct", point.nbasis, point.dipole[0],
+              point.dipole[1], point.dipole[2]);
+  const int status = verdict(job, point);
+  std::fflush(stdout);
+  return status;
+}
+
+std::string partial_files_note(const std::vector<host::OutputFile>& outputs) {
+  return "norvik: " + outputs[0].path + " and " + outputs[1].path +
+         " were not touched; what the job wrote is in " + outputs[0].partial + " and " +
+         outputs[1].partial + "\n";
+}
+
+Request parse(const std::vector<std::string>& args) {
+  Request request;
+  std::vector<std::string> positional;
+  bool have_report = false, have_log = false;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    if (a == "--report" || a == "--log") {
+      if (i + 1 == args.size()) fail(a + " needs a file name");
+      (a == "--report" ? have_report : have_log) = true;
+      (a == "--report" ? request.report : request.log) = args[++i];
+    } else if (a == "-h" || a == "--help") {
+      usage(std::cout);
+      std::exit(kSuccess);
+    } else if (a.size() > 1 && a[0] == '-') {
+      fail("unknown option '" + a + "' (see norvik --help)");
+    } else {
+      positional.push_back(a);
+    }
+  }
+  if (positional.empty() || positional.size() > 2) {
+    usage(std::cerr);
+    std::exit(kUsageError);
+  }
+  request.molecule_file = positional[0];
+  request.has_parameter_file = positional.size() == 2;
+  if (request.has_parameter_file) request.parameter_file = positional[1];
+  if (!have_report) request.report = with_extension(request.molecule_file, ".report");
+  if (!have_log) request.log = with_extension(request.molecule_file, ".log");
+  return request;
+}
+
+int run(const std::vector<std::string>& args) {
+  const Request request = parse(args);
+
+  // The names first: every one goes to the library in a blank-padded buffer.
+  std::vector<std::string> problems;
+  auto check_name = [&](const std::string& name, std::size_t limit, const std::string& what) {
+    const std::string problem = host::file_name_problem(name, limit, what);
+    if (!problem.empty()) problems.push_back(problem);
+  };
+  const std::size_t path_length = host::kPathLength;
+  check_name(request.molecule_file, path_length, "molecule file");
+  if (request.has_parameter_file) check_name(request.parameter_file, path_length, "parameter file");
+  check_name(request.report, path_length - host::kPartialSuffixLength, "report");
+  check_name(request.log, path_length - host::kPartialSuffixLength, "run log");
+  if (!problems.empty()) fail(problems);
+
+  // The input files: regular, bounded, readable, and what they hold.
+  std::vector<host::InputFile> inputs{{"molecule file", request.molecule_file}};
+  if (!request.parameter_file.empty()) inputs.push_back({"parameter file", request.parameter_file});
+  for (const auto& in : inputs) {
+    const std::string problem = host::input_file_problem(in.path, in.what);
+    if (!problem.empty()) problems.push_back(problem);
+  }
+  if (!problems.empty()) fail(problems);
+  const host::InputFacts facts =
+      host::check_inputs(request.molecule_file, request.parameter_file, problems);
+  if (!problems.empty()) fail(problems);
+
+  // The outputs: never one of the inputs, started afresh under partial names.
+  if (!facts.start_density.empty()) inputs.push_back({"start-density file", facts.start_density});
+  const std::vector<host::OutputFile> outputs{
+      host::output_file("report", "--report", request.report),
+      host::output_file("run log", "--log", request.log)};
+  problems = host::output_problems(outputs, inputs);
+  if (!problems.empty()) fail(problems);
+  if (const std::string problem = host::start_partials(outputs); !problem.empty()) fail(problem);
+
+  const std::string note = partial_files_note(outputs);
+  const host::JobEnd end =
+      host::run_job([&] { return run_job(request, facts, outputs); },
+                    "norvik: the library stopped the job (its message is above)\n" + note);
+  if (end.exited && (end.status == kSuccess || end.status == kNotConverged)) {
+    if (const std::string problem = host::move_into_place(outputs); !problem.empty()) {
+      fail(problem);
+    }
+    std::cout << "norvik: report written to " << outputs[0].path << "\n"
+              << "norvik: run log written to " << outputs[1].path << "\n";
+    return end.status;
+  }
+
+  if (end.exited) {
+    std::cerr << "norvik: the library stopped the job (exit status " << end.status << ")";
+  } else {
+    std::cerr << "norvik: the job ended abnormally (signal " << end.status << ")";
+  }
+  if (end.message.empty()) {
+    std::cerr << "\n";
+  } else {
+    std::cerr << ":\n" << end.message;
+  }
+  std::cerr << note;
+  return kLibraryError;
 }
 
 }  // namespace
@@ -135,7 +256,7 @@ int main(int argc, char** argv) {
   std::vector<std::string> args(argv + 1, argv + argc);
   if (args.empty() || args[0] == "-h" || args[0] == "--help") {
     usage(args.empty() ? std::cerr : std::cout);
-    return args.empty() ? kUsageError : 0;
+    return args.empty() ? kUsageError : kSuccess;
   }
   if (args[0] != "run") fail("unknown command '" + args[0] + "' (see norvik --help)");
   return run({args.begin() + 1, args.end()});

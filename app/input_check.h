@@ -1,0 +1,46 @@
+// The host's pre-check of the input files, before the library is asked to read
+// them.  The library reads the molecule and parameter files itself and stops on
+// what it cannot read; what it leaves to its host (a cut-off last atom, values out
+// of range, text it truncates or cuts at a NUL) is caught here, with the file, the
+// record and what to do about it.  docs/host.md lists every check and its limit.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// Bounds on an input file, so that the pre-check (and the library after it)
+// reads a bounded amount: a molecule of tens of thousands of atoms fits in a
+// few megabytes, and no record of either format needs more than a line.
+inline constexpr std::uintmax_t kMaxInputBytes = 16u << 20;
+inline constexpr std::size_t kMaxRecordLength = 1024;
+
+// Limits of the settings that the host passes on (docs/host.md gives the reasons).
+inline constexpr int kMaxIterations = 100000;
+inline constexpr int kMaxThreads = 1024;
+inline constexpr double kMaxMemoryGb = 1.0e5;
+inline constexpr double kMaxConvergence = 1.0e-2;  // energy [eV] and RMS density change
+inline constexpr double kMaxScreening = 1.0e-6;    // [eV]
+inline constexpr double kMaxCoordinate = 1.0e5;    // [angstrom]
+inline constexpr double kMinAtomDistance = 0.1;    // [angstrom]
+
+// What the pre-check learnt that the host needs later.
+struct InputFacts {
+  int natom = 0;              // atom records of the molecule file
+  std::string start_density;  // record 12 of the molecule file ("" = free atoms)
+};
+
+// Checks that `path` names a regular file of at most kMaxInputBytes that can be
+// read; `what` ("molecule file") starts the message.  Returns "" or the problem.
+std::string input_file_problem(const std::string& path, const std::string& what);
+
+// Reads the molecule file and the parameter file ("" for the built-in settings)
+// the way the library will, and appends every problem found to `problems`, one
+// message each (without the leading "norvik: ").
+InputFacts check_inputs(const std::string& molecule_file, const std::string& parameter_file,
+                        std::vector<std::string>& problems);
+
+}  // namespace host
