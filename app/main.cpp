@@ -134,14 +134,12 @@ int run_job(const Request& request, const host::InputFacts& facts,
             << " atoms, " << job.nalpha << " + " << job.nbeta << " electrons\n"
             << std::flush;
 
-  if (job.kohn_sham) {
-    std::cout << "norvik: Kohn-Sham jobs are not available yet; the report holds the job header\n";
-    return kSuccess;
-  }
   host::PointResult point = host::run_hartree_fock(job);
   for (double& d : point.dipole) d = std::abs(d) < 5e-6 ? 0.0 : d;  // no "-0.00000"
   std::printf("norvik: E(%s) = %.9f hartree (%s, %d basis functions), dipole %.5f %.5f %.5f eA\n",
-              job.multiplicity == 1 ? "RHF" : "UHF", point.energy / host::kHartreeEv,
+              job.kohn_sham ? (job.multiplicity == 1 ? "RKS" : "UKS")
+                            : (job.multiplicity == 1 ? "RHF" : "UHF"),
+              point.energy / host::kHartreeEv,
               point.in_core ? "stored integrals" : "integral-direct", point.nbasis, point.dipole[0],
               point.dipole[1], point.dipole[2]);
   const int status = verdict(job, point);

@@ -302,16 +302,19 @@ NORVIK_API void HF_1POINT(const char* basis, const norvik_int* natom, const norv
 
 /* One point of a job, as a host runs it: the single point of HF_1POINT with
  * the run log and the point's report sections.
- *   1 method (in, 10 chars: "HF", "MP2", "RPA", "TDA" run Hartree–Fock; the
- *     Kohn–Sham functionals are not available yet and stop with "Kohn-Sham is
- *     not available in SCF_1point." and the name);
+ *   1 method (in, 10 chars: "HF", "MP2", "RPA", "TDA" run Hartree–Fock; any
+ *     other value is a functional name: the Hartree–Fock SCF, then the Kohn–Sham
+ *     SCF from its density on the molecular grid; a name that is no functional
+ *     stops with " Wrong DFname in calcvXchCorr." and the list of names);
  *   2 basis (in, 20 chars);  3 report (in, 120 chars: receives the linear
  *     dependence of the basis, WRITE_DEPEND, and the in-core choice,
  *     WRITE_INCORE);  4 logfile (in, 120 chars, blank: none): one line per SCF
  *     cycle, as HF_SCF writes it (its first integer iopt, its second 0), and a
  *     blank line after the SCF;  5 iopt (in);
  *   6 natom;  7 zat;  8 zel;  9 pos (in, (3, natom) Å);  10 nalpha, 11 nbeta;
- *   12 niter, 13 damp, 14 thr_ene, 15 thr_rms (in, the molecule settings);
+ *   12 niter, 13 damp, 14 thr_ene, 15 thr_rms (in, 2 each: the molecule
+ *     settings of the Hartree–Fock stage, then of the Kohn–Sham stage, which only
+ *     a Kohn–Sham method reads);
  *   16 ramlimit (in, GB);  17 thr_screen (in, eV);  18 thr_orth (in);
  *   19 start (in): 0 the bare one-electron start (the orbitals of T + V), 1 the
  *     superposed free-atom densities atomrho (the bare start when they hold no
@@ -325,7 +328,13 @@ NORVIK_API void HF_1POINT(const char* basis, const norvik_int* natom, const norv
  *   30 ncycle (out, SCF cycles made);  31 converged (out, flag: the SCF met both
  *     thresholds before niter cycles);  32 rmsd (out, RMS density change of the
  *     last cycle);  33 commutator (out, |FPS − SPF| of the last cycle in hartree,
- *     as the run log writes it).
+ *     as the run log writes it);  34 grid_radius (in, Å: the base radius R0 of
+ *     the grid templates, Kohn–Sham only; 0.5291772104, one bohr, is the host's);
+ *   35 xc (out, 4: exchange-correlation energy, its exchange and correlation
+ *     parts [eV], the electrons the grid sees; zero for Hartree–Fock).
+ * For a Kohn–Sham method energy(1) includes the exchange-correlation energy, and
+ * the run log, ncycle, converged, rmsd and commutator are those of the Kohn–Sham
+ * stage.
  * Progress: "Integrals ok." on standard output once the integrals are ready.  An
  * SCF that used up its niter cycles (niter ≥ 1) appends "SCF not converged in N
  * cycles" with the last energy change and RMS density change to the report.
@@ -340,7 +349,7 @@ NORVIK_API void SCF_1POINT(const char* method, const char* basis, const char* re
                            const norvik_int* nbasis, double* S, double* rho, double* orbitals,
                            double* energy, double* dipole, double* de_final, norvik_int* northo,
                            norvik_int* incore, norvik_int* ncycle, norvik_bool* converged,
-                           double* rmsd, double* commutator);
+                           double* rmsd, double* commutator, const double* grid_radius, double* xc);
 
 /* ---- report sections (each appends to the report file, the last argument) ------- */
 
@@ -351,6 +360,9 @@ NORVIK_API void WRITE_ENERGY_ATOM(const norvik_int* natom, const norvik_int* zat
  * free-atom energies; 0 leaves out the binding energy), all eV; report. */
 NORVIK_API void WRITE_ENERGY_MOL(const double* eelec, const double* enuc, const double* eatoms,
                                  const char* report);
+/* Exchange-correlation energy of a Kohn-Sham point: xc (4: total, exchange,
+ * correlation [eV], electrons the grid sees, as SCF_1POINT returns them); report. */
+NORVIK_API void WRITE_ENERGY_KS(const double* xc, const char* report);
 /* Molecular energy of an SCF: emol (eV); de_final (eV); report. */
 NORVIK_API void WRITE_EMOL(const double* emol, const double* de_final, const char* report);
 /* Orbital levels: nbasis; nlevel (levels to write per spin, at most northo);

@@ -41,6 +41,10 @@ extern "C" NORVIK_API void WRITE_ENERGY_MOL(const double* eelec, const double* e
   guarded([&] { append_to(r, report::energy_molecule(*eelec, *enuc, *eatoms)); });
 }
 
+extern "C" NORVIK_API void WRITE_ENERGY_KS(const double* xc, const char* r) {
+  guarded([&] { append_to(r, report::energy_kohn_sham(xc[0], xc[1], xc[2], xc[3])); });
+}
+
 extern "C" NORVIK_API void WRITE_EMOL(const double* emol, const double* de_final, const char* r) {
   guarded([&] { append_to(r, report::energy_scf(*emol, *de_final)); });
 }

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <optional>
 
 #include "abi/scf_support.h"
 #include "common/constants.h"
 #include "common/fortran_format.h"
 #include "common/text_file.h"
+#include "dft/functionals/functional_names.h"
 #include "norvik/scf.h"
 #include "report/scf_sections.h"
 #include "scf/single_point.h"
@@ -16,6 +18,7 @@ namespace {
 
 namespace abi = norvik::abi;
 namespace scf = norvik::scf;
+namespace dft = norvik::dft;
 using abi::count;
 using abi::guarded;
 using abi::kFileNameLength;
@@ -70,7 +73,8 @@ struct PointArgs {
 };
 
 scf::SinglePointResult run_point(const PointArgs& a, scf::StartPolicy start, const char* routine,
-                                 const scf::PointHooks& hooks, double* overlap) {
+                                 const scf::PointHooks& hooks, double* overlap,
+                                 const std::optional<scf::KohnShamStage>& kohn_sham = {}) {
   const std::size_t na = count(*a.natom);
   const std::string_view name = text_in(a.basis, kLongKeywordLength);
   const scf::MoleculeView molecule{{a.zat, na}, {a.zel, na}, {a.pos, 3 * na}};
@@ -86,6 +90,7 @@ scf::SinglePointResult run_point(const PointArgs& a, scf::StartPolicy start, con
   settings.counts = {*a.nalpha, *a.nbeta};
   settings.start = start;
   if (start == scf::StartPolicy::free_atoms) settings.atomic = {a.atomrho, 2 * nn};
+  settings.kohn_sham = kohn_sham;
   return scf::single_point(job, control, molecule, settings, {a.rho, 2 * nn},
                            {a.orbitals, 2 * (nn + count(n))}, hooks,
                            overlap ? std::span<double>(overlap, nn) : std::span<double>());
@@ -132,12 +137,19 @@ extern "C" NORVIK_API void SCF_1POINT(
     const double* thr_screen, const double* thr_orth, const norvik_int* start,
     const double* atomrho, const norvik_int* nbasis, double* S, double* rho, double* orbitals,
     double* energy, double* dipole, double* de_final, norvik_int* northo, norvik_int* incore,
-    norvik_int* ncycle, norvik_bool* converged, double* rmsd, double* commutator) {
+    norvik_int* ncycle, norvik_bool* converged, double* rmsd, double* commutator,
+    const double* grid_radius, double* xc) {
   guarded([&] {
-    if (!is_hartree_fock(text_in(method, kKeywordLength))) {
-      throw norvik::Error(
-          norvik::fortran::list_directed({"Kohn-Sham is not available in SCF_1point.",
-                                          std::string(text_in(method, kKeywordLength))}));
+    // A functional name picks the Kohn–Sham stage (and its exact exchange).
+    const std::string_view name = text_in(method, kKeywordLength);
+    std::optional<scf::KohnShamStage> kohn_sham;
+    if (!is_hartree_fock(name)) {
+      scf::KohnShamStage ks;
+      ks.functional = {dft::functional_for(name, dft::FunctionalUse::potential_matrix),
+                       dft::exact_exchange_fraction(name)};
+      ks.scf = {niter[1], damp[1], thr_ene[1], thr_rms[1]};
+      ks.grid_radius = *grid_radius;
+      kohn_sham = ks;
     }
     scf::StartPolicy policy = scf::StartPolicy::core_hamiltonian;
     if (*start == 1) policy = scf::StartPolicy::free_atoms;
@@ -148,7 +160,7 @@ extern "C" NORVIK_API void SCF_1POINT(
     const scf::PointHooks hooks =
         abi::point_report(text_in(report, kFileNameLength), text_in(logfile, kFileNameLength),
                           *iopt, *thr_orth, *ramlimit);
-    const scf::SinglePointResult r = run_point(args, policy, "SCF_1point", hooks, S);
+    const scf::SinglePointResult r = run_point(args, policy, "SCF_1point", hooks, S, kohn_sham);
     // A blank line closes the SCF in the run log; an SCF that used up its
     // cycles says so in the report.
     const std::string_view log = norvik::io::trim_right(text_in(logfile, kFileNameLength));
@@ -164,5 +176,7 @@ extern "C" NORVIK_API void SCF_1POINT(
     *converged = r.converged ? 1 : 0;
     *rmsd = r.rmsd;
     *commutator = std::sqrt(r.comm2) / norvik::constants::kHartreeEvLog;
+    std::copy(r.xc_energy.begin(), r.xc_energy.end(), xc);
+    xc[3] = r.grid_electrons[2];
   });
 }

@@ -88,6 +88,13 @@ Lines energy_scf(double emol, double de_final) {
                        de_final, text(" [eV]")})};
 }
 
+Lines energy_kohn_sham(double exc, double exchange, double correlation, double grid_electrons) {
+  return {"#", format("(A,F20.9,A)", {text("#  XC energy          = "), exc, text(" [eV]")}),
+          format("(A,F20.9,A)", {text("#    exchange         = "), exchange, text(" [eV]")}),
+          format("(A,F20.9,A)", {text("#    correlation      = "), correlation, text(" [eV]")}),
+          format("(A,F20.9)", {text("#  Electrons on grid  = "), grid_electrons})};
+}
+
 Lines not_converged(int cycles, double de_final, double rmsd) {
   return {
       "#",

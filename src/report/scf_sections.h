@@ -21,6 +21,9 @@ Lines energy_molecule(double electronic, double nuclear, double atoms_sum);
 
 // The molecular energy of an SCF and its last energy change [eV].
 Lines energy_scf(double emol, double de_final);
+// The exchange–correlation energy of a Kohn–Sham point (total, exchange,
+// correlation) [eV] and the electrons that its grid sees.
+Lines energy_kohn_sham(double exc, double exchange, double correlation, double grid_electrons);
 // An SCF that used up its cycles: the cycles made, the last energy change [eV]
 // and the last RMS change of the density.
 Lines not_converged(int cycles, double de_final, double rmsd);
