@@ -25,6 +25,17 @@ TEST(ScfSections, Energies) {
       energy_scf(-2077.123456789, 1.5e-8),
       (Lines{"#",
              "#  SCF energy: Emol =      -2077.123456789 [eV],  last change =  1.500E-08 [eV]"}));
+  EXPECT_EQ(energy_kohn_sham(-204.985980969, -194.040532665, -10.945448303, 10.000003264),
+            (Lines{"#", "#  XC energy          =       -204.985980969 [eV]",
+                   "#    exchange         =       -194.040532665 [eV]",
+                   "#    correlation      =        -10.945448303 [eV]",
+                   "#  Electrons on grid  =         10.000003264"}));
+  EXPECT_EQ(
+      not_converged(3, 0.249, 1.119e-3),
+      (Lines{"#",
+             "#  SCF not converged in     3 cycles: the energy and orbitals are those of the "
+             "last cycle.",
+             "#  last energy change =  2.490E-01 [eV],  last RMS density change =  1.119E-03"}));
 }
 
 TEST(ScfSections, LevelsAndOccupation) {
