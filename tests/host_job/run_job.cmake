@@ -2,18 +2,28 @@ cmake_minimum_required(VERSION 3.25)
 # Runs one whole job with the norvik host and compares the molecular energy that it
 # prints with the reference (hartree), and the run log's shape with the format:
 #   -DNORVIK -DMOL -DPAR -DWORKDIR -DEXPECT (hartree) -DTOL (hartree) [-DDIRECT=ON]
+#   [-DTHEORY=name: the molecule file's theory record replaced, e.g. a functional]
 file(MAKE_DIRECTORY ${WORKDIR})
+if(THEORY)
+  # The theory is the first value record, the second line of the file.
+  file(STRINGS ${MOL} mol_lines)
+  list(REMOVE_AT mol_lines 1)
+  list(INSERT mol_lines 1 "'${THEORY}'")
+  list(JOIN mol_lines "\n" mol_text)
+  file(WRITE ${WORKDIR}/job.mol "${mol_text}\n")
+  set(MOL job.mol)
+endif()
 execute_process(COMMAND ${NORVIK} run ${MOL} ${PAR} --report job.report --log job.log
                 WORKING_DIRECTORY ${WORKDIR} OUTPUT_VARIABLE out ERROR_VARIABLE err
                 RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "norvik ended with status ${rc}:\n${out}${err}")
 endif()
-if(NOT out MATCHES "E\\([RU]HF\\) = (-?[0-9]+\\.[0-9]+) hartree \\(([a-z -]+),")
+if(NOT out MATCHES "E\\([RU](HF|KS)\\) = (-?[0-9]+\\.[0-9]+) hartree \\(([a-z -]+),")
   message(FATAL_ERROR "no energy line in:\n${out}")
 endif()
-set(energy ${CMAKE_MATCH_1})
-set(route "${CMAKE_MATCH_2}")
+set(energy ${CMAKE_MATCH_2})
+set(route "${CMAKE_MATCH_3}")
 if(DIRECT AND NOT route STREQUAL "integral-direct")
   message(FATAL_ERROR "expected an integral-direct run, got ${route}")
 endif()
