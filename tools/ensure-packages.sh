@@ -2,7 +2,10 @@
 # Installs the Debian packages that building and testing norvik need, when any
 # is missing.  Run as root on Debian 12 (or with sudo available).
 set -eu
-packages="cmake ninja-build g++ gfortran libgtest-dev libbenchmark-dev binutils python3 python3-mpmath python3-numpy clang-format"
+# clang, libclang-rt-14-dev (libFuzzer and Clang's sanitizer runtimes) and
+# libomp-14-dev (OpenMP for Clang) build the fuzz targets of fuzz/; GCC's own
+# sanitizer runtimes come with g++.
+packages="cmake ninja-build g++ gfortran libgtest-dev libbenchmark-dev binutils python3 python3-mpmath python3-numpy clang-format clang libclang-rt-14-dev libomp-14-dev"
 missing=""
 for p in $packages; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"

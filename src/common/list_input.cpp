@@ -7,6 +7,9 @@
 #include <string_view>
 #include <system_error>
 
+#include "common/error.h"
+#include "common/fortran_format.h"
+
 namespace norvik::fortran {
 namespace {
 
@@ -28,10 +31,34 @@ char lower(char c) {
   return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-// Fetches one record: the characters up to the next line feed.  A last record
-// without a line feed is still a record.
-bool fetch_record(std::istream& in, std::string& record) {
-  return static_cast<bool>(std::getline(in, record));
+// The error of a record beyond kMaxRecordLength; `number` is the record's own.
+[[noreturn]] void record_too_long(int number) {
+  const std::string text = "Record " + std::to_string(number) + " is longer than " +
+                           std::to_string(kMaxRecordLength) + " characters.";
+  throw Error(list_directed({std::string_view(text)}));
+}
+
+// Fetches record `number`: the characters up to the next line feed.  A last
+// record without a line feed is still a record.  The stream's state ends as
+// std::getline leaves it, which the caller reads (eof: no final line feed).
+bool fetch_record(std::istream& in, std::string& record, int number) {
+  using traits = std::istream::traits_type;
+  record.clear();
+  const std::istream::sentry ready(in, true);
+  if (!ready) return false;
+  std::streambuf& buffer = *in.rdbuf();
+  bool any = false;
+  for (;;) {
+    const auto c = buffer.sbumpc();
+    if (traits::eq_int_type(c, traits::eof())) {
+      in.setstate(any ? std::ios::eofbit : std::ios::eofbit | std::ios::failbit);
+      return any;
+    }
+    any = true;
+    if (traits::eq_int_type(c, traits::to_int_type('\n'))) return true;
+    if (record.size() == kMaxRecordLength) record_too_long(number);
+    record.push_back(traits::to_char_type(c));
+  }
 }
 
 // One list-directed READ statement's walk through the input.  It follows the
@@ -56,7 +83,7 @@ class Scanner {
 
   bool next_record() {
     pos_ = 0;
-    if (!fetch_record(in_, record_)) {
+    if (!fetch_record(in_, record_, records_read_ + 1)) {
       record_.clear();
       return false;
     }
@@ -388,6 +415,7 @@ ReadStatus ListReader::read_record(std::string& text, int length) {
       if (traits::eq_int_type(in_.peek(), traits::to_int_type('\n'))) in_.get();
       break;
     }
+    if (record.size() == kMaxRecordLength) record_too_long(records_read_ + 1);
     record.push_back(traits::to_char_type(c));
   }
   if (!any) return ReadStatus::end_of_file;

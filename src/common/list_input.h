@@ -11,8 +11,13 @@
 // The reference is gfortran's runtime, quirks included: a semicolon also
 // separates values, a carriage return is a blank (so CRLF files read like LF
 // files) and, in read_record, ends the record.  docs/text-io.md has the rules.
+//
+// Unlike gfortran, the reader refuses a record longer than kMaxRecordLength:
+// an input without line feeds (a binary file, a device such as /dev/zero) would
+// otherwise grow one record until memory runs out.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <istream>
 #include <span>
@@ -29,6 +34,12 @@ struct TextTarget {
   int length;
 };
 using Target = std::variant<std::int32_t*, double*, TextTarget>;
+
+// The longest record that either read takes, in characters (the line feed, and
+// in read_record a carriage return, not counted): far beyond any input of the
+// library.  A longer record ends the read with norvik::Error
+// " Record <n> is longer than 1048576 characters."
+inline constexpr std::size_t kMaxRecordLength = std::size_t{1} << 20;
 
 // Why a read failed; the reader maps each to the process-ending report.
 enum class ReadStatus { ok, end_of_file, bad_value };

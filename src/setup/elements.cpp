@@ -104,17 +104,21 @@ int hunds_rule_multiplicity(int z) {
 ElectronCount count_electrons(int zsum, int charge, int multiplicity,
                               std::string_view routine_label) {
   const long long n = static_cast<long long>(zsum) - charge;
-  ElectronCount count;
-  count.alpha = static_cast<int>((n + multiplicity - 1) / 2);
-  count.beta = static_cast<int>((n - multiplicity + 1) / 2);
+  const long long alpha = (n + multiplicity - 1) / 2;
+  const long long beta = (n - multiplicity + 1) / 2;
   // An even N + 2S+1 leaves half an electron; a multiplicity below 1 or above
-  // N + 1 leaves a negative count.  Both are impossible states.
-  if ((n + multiplicity) % 2 == 0 || multiplicity < 1 || count.beta < 0) {
+  // N + 1 leaves a negative count.  Both are impossible states, and so is a
+  // count that no 32-bit sum of the two spins (or orbitals beyond them) holds.
+  constexpr long long kMostElectrons = 1LL << 28;
+  ElectronCount count;
+  if ((n + multiplicity) % 2 == 0 || multiplicity < 1 || beta < 0 || alpha > kMostElectrons) {
     const std::string text = "Invalid combination in " + std::string(routine_label) + ".";
     throw Error(
         fortran::list_directed({std::string_view(text), Value(std::int64_t{zsum}),
                                 Value(std::int64_t{charge}), Value(std::int64_t{multiplicity})}));
   }
+  count.alpha = static_cast<int>(alpha);
+  count.beta = static_cast<int>(beta);
   return count;
 }
 

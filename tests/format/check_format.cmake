@@ -4,7 +4,7 @@ cmake_minimum_required(VERSION 3.25)
 # the test runs, so new files are checked without reconfiguring.
 # Usage: cmake -DCLANG_FORMAT=<clang-format> -DSOURCE=<repo> -P check_format.cmake
 set(files "")
-foreach(dir src app tests bench include)
+foreach(dir src app tests bench include fuzz)
   file(GLOB_RECURSE found LIST_DIRECTORIES false
        ${SOURCE}/${dir}/*.c ${SOURCE}/${dir}/*.cpp ${SOURCE}/${dir}/*.h)
   list(APPEND files ${found})

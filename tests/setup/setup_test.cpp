@@ -125,6 +125,10 @@ TEST_F(ScratchFiles, ElectronCombinations) {
   // A multiplicity that needs more unpaired electrons than there are.
   EXPECT_THROW(setup::count_electrons(1, 0, 4), Error);
   EXPECT_EQ(setup::count_electrons(8, 0, 3).alpha, 5);
+  // Counts beyond any 32-bit electron or orbital sum are impossible states too.
+  EXPECT_THROW(setup::count_electrons(1, -2147483646, 2147483646), Error);
+  EXPECT_THROW(setup::count_electrons(2, -2147483646, 2147483647), Error);
+  EXPECT_THROW(setup::count_electrons(54, -2147483647 - 1, 2147483647), Error);
 }
 
 TEST_F(ScratchFiles, SymbolsMatchExactly) {

@@ -1,0 +1,10 @@
+// libFuzzer target: an SCF-parameter file through job setup (harness.h).
+#include <cstddef>
+#include <cstdint>
+
+#include "harness.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  norvik::fuzz::parameter_file({data, size});
+  return 0;
+}
