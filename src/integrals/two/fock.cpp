@@ -4,13 +4,18 @@
 // (ij≠kl ? 2 : 1) index orders.  With s = deg·v it adds s/2·D_kl to X_ij and
 // s/2·D_ij to X_kl (D = Pα + Pβ), and s/4·Pσ_jl to Yσ_ik, s/4·Pσ_jk to Yσ_il,
 // s/4·Pσ_il to Yσ_jk, s/4·Pσ_ik to Yσ_jl; then J = (X + Xᵀ)/2 and
-// Kσ = (Yσ + Yσᵀ)/2.  Each thread accumulates into its own X and Y, and the
-// buffers are added in thread order, so a given thread count always gives the
-// same bits.
-#include <omp.h>
-
+// Kσ = (Yσ + Yσᵀ)/2.
+//
+// The sums do not depend on the number of threads.  The outer loop (rows of
+// the store, bra shell pairs of the direct build) is dealt round-robin into a
+// fixed set of blocks chosen from the problem alone (BlockPartials); each block
+// accumulates into its own X and Y, and the blocks are added in block order.
+// Threads only share out whole blocks and, for the final sum, ranges of
+// elements, so one, two or any number of threads give the same bits.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <memory>
 
 #include "common/constants.h"
 #include "integrals/two/quartets.h"
@@ -22,27 +27,76 @@ namespace {
 
 using constants::kHartreeEv;
 
-// Per-thread accumulators: X (Coulomb) and, with exchange, Yα and Yβ; each
-// nbasis² doubles, indexed row-major (the result is symmetrised anyway).
-struct Accumulators {
-  int n = 0;
-  bool exchange = false;
-  std::vector<double> data;  // per thread: X, then Yα, Yβ
+// Partial sums of a loop over `rows` iterations, one array of `width` doubles
+// per block, added in a fixed order.
+//
+// Iteration r belongs to block r mod nblocks: round-robin dealing gives every
+// block a like share of the triangular loops (row P of the store has P + 1
+// entries) without knowing the cost of a row.  The number of blocks depends on
+// the problem only: kMaxBlocks, fewer when the partials would take more than
+// kPartialBytes (but never fewer than kMinBlocks) and never more than the
+// iterations.  For an exchange build the width is 3·nbasis² doubles, so the
+// partials take 768·nbasis² bytes at 32 blocks: 10 MB for 114 functions,
+// 69 MB for 300; beyond about 590 functions the budget lowers the block count
+// (11 blocks of 24 MB for 1000 functions, the floor of 8 from 1200 on).  Up to
+// kMaxBlocks threads find work.
+class BlockPartials {
+ public:
+  static constexpr std::int64_t kMaxBlocks = 32;
+  static constexpr std::int64_t kMinBlocks = 8;
+  static constexpr double kPartialBytes = 256.0 * 1024 * 1024;
 
-  Accumulators(int nbasis, bool with_exchange, int nthreads)
-      : n(nbasis),
-        exchange(with_exchange),
-        data(static_cast<std::size_t>(nthreads) * per_thread(nbasis, with_exchange), 0.0) {}
+  BlockPartials(std::size_t width, std::int64_t rows) : width_(width) {
+    const double per_block = 8.0 * static_cast<double>(std::max<std::size_t>(width, 1));
+    const auto fit = static_cast<std::int64_t>(kPartialBytes / per_block);
+    nblocks_ = std::min(std::clamp(fit, kMinBlocks, kMaxBlocks), std::max<std::int64_t>(rows, 1));
+    // Left uninitialised: each block clears its own array on the thread that
+    // fills it.
+    data_.reset(new double[static_cast<std::size_t>(nblocks_) * width_]);
+  }
 
-  static std::size_t per_thread(int n, bool x) {
-    return static_cast<std::size_t>(n) * static_cast<std::size_t>(n) * (x ? 3 : 1);
+  int blocks() const { return static_cast<int>(nblocks_); }
+
+  // The cleared array of block b.
+  double* start(int b) {
+    double* p = block(b);
+    std::fill_n(p, width_, 0.0);
+    return p;
   }
-  double* thread(int t) {
-    return data.data() + static_cast<std::size_t>(t) * per_thread(n, exchange);
+
+  // Adds blocks 1, 2, … in order into block 0 over the element range r (of
+  // ranges()); called by the threads of a parallel region as a worksharing loop
+  // over the ranges, since any split gives the same sums.
+  static constexpr std::size_t kRange = 1024;  // 8 kB of each block
+  std::int64_t ranges() const { return static_cast<std::int64_t>((width_ + kRange - 1) / kRange); }
+  void sum_range(std::int64_t r) {
+    const std::size_t begin = static_cast<std::size_t>(r) * kRange;
+    const std::size_t end = std::min(width_, begin + kRange);
+    double* total = block(0);
+    for (int b = 1; b < blocks(); ++b) {
+      const double* p = block(b);
+      for (std::size_t e = begin; e < end; ++e) total[e] += p[e];
+    }
   }
+
+  // The sum of all blocks, once every range has been added.
+  const double* total() { return block(0); }
+
+ private:
+  double* block(int b) { return data_.get() + static_cast<std::size_t>(b) * width_; }
+
+  std::size_t width_;
+  std::int64_t nblocks_ = 1;
+  std::unique_ptr<double[]> data_;
 };
 
-// Adds one distinct integral to the accumulators of a thread.
+// Width of the Fock partials: X and, with exchange, Yα and Yβ, each nbasis²
+// doubles indexed row-major (the result is symmetrised anyway).
+std::size_t fock_width(int n, bool exchange) {
+  return static_cast<std::size_t>(n) * static_cast<std::size_t>(n) * (exchange ? 3 : 1);
+}
+
+// Adds one distinct integral to the partial X and Y of a block.
 struct Digest {
   int n;
   const double* d;   // Pα + Pβ, column-major
@@ -76,26 +130,19 @@ struct Digest {
   }
 };
 
-// Sums the thread buffers in order and writes (or adds) the two-electron part.
-void finish(Accumulators& acc, int nthreads, double a, std::span<double> fock, bool add) {
-  const int n = acc.n;
+// Writes (or adds) the two-electron part from the summed partials.
+void finish(const double* total, int n, bool exchange, double a, std::span<double> fock, bool add) {
   const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-  const std::size_t width = Accumulators::per_thread(n, acc.exchange);
-  double* total = acc.thread(0);
-  for (int t = 1; t < nthreads; ++t) {
-    const double* src = acc.thread(t);
-    for (std::size_t e = 0; e < width; ++e) total[e] += src[e];
-  }
   const double* x = total;
-  const double* ya = acc.exchange ? total + nn : nullptr;
-  const double* yb = acc.exchange ? total + 2 * nn : nullptr;
+  const double* ya = exchange ? total + nn : nullptr;
+  const double* yb = exchange ? total + 2 * nn : nullptr;
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j < n; ++j) {
       const std::size_t ij = static_cast<std::size_t>(i) * n + j;
       const std::size_t ji = static_cast<std::size_t>(j) * n + i;
       const double jv = 0.5 * (x[ij] + x[ji]);
       double ga = jv, gb = jv;
-      if (acc.exchange) {
+      if (exchange) {
         ga -= a * 0.5 * (ya[ij] + ya[ji]);
         gb -= a * 0.5 * (yb[ij] + yb[ji]);
       }
@@ -124,25 +171,32 @@ void stored_build(const ContextView& c, double a, std::span<const double> rho,
                   std::span<double> fock) {
   const int n = c.nbasis;
   const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-  const int nthreads = omp_get_max_threads();
-  Accumulators acc(n, kExchange, nthreads);
+  const int npair = c.npair;
+  const std::int32_t* pl = c.pairlist.data();
+  const double* vint = c.vint.data();
+  BlockPartials part(fock_width(n, kExchange), npair);
+  const int nblocks = part.blocks();
   const std::vector<double> d = total_density(n, rho);
-#pragma omp parallel num_threads(nthreads)
+#pragma omp parallel
   {
-    double* buf = acc.thread(omp_get_thread_num());
-    const Digest g{n, d.data(), rho.data(), rho.data() + nn, buf, buf + nn, buf + 2 * nn};
-#pragma omp for schedule(static, 1)
-    for (int P = 0; P < c.npair; ++P) {
-      const int i = c.pairlist[2 * P] - 1, j = c.pairlist[2 * P + 1] - 1;
-      const double* row = c.vint.data() + static_cast<std::int64_t>(P) * (P + 1) / 2;
-      for (int Q = 0; Q <= P; ++Q) {
-        const double v = row[Q];
-        if (v == 0.0) continue;
-        g.add<kExchange>(i, j, c.pairlist[2 * Q] - 1, c.pairlist[2 * Q + 1] - 1, v);
+#pragma omp for schedule(dynamic, 1)
+    for (int blk = 0; blk < nblocks; ++blk) {
+      double* buf = part.start(blk);
+      const Digest g{n, d.data(), rho.data(), rho.data() + nn, buf, buf + nn, buf + 2 * nn};
+      for (int P = blk; P < npair; P += nblocks) {
+        const int i = pl[2 * P] - 1, j = pl[2 * P + 1] - 1;
+        const double* row = vint + static_cast<std::int64_t>(P) * (P + 1) / 2;
+        for (int Q = 0; Q <= P; ++Q) {
+          const double v = row[Q];
+          if (v == 0.0) continue;
+          g.add<kExchange>(i, j, pl[2 * Q] - 1, pl[2 * Q + 1] - 1, v);
+        }
       }
     }
+#pragma omp for schedule(static)
+    for (std::int64_t r = 0; r < part.ranges(); ++r) part.sum_range(r);
   }
-  finish(acc, nthreads, a, fock, false);
+  finish(part.total(), n, kExchange, a, fock, false);
 }
 
 // Per shell pair: the largest sqrt((ij|ij)); per shell block: the largest
@@ -235,44 +289,49 @@ void direct_build(const ContextView& c, double a, std::span<const double> rho,
   const std::size_t ns = shells.size();
   const std::vector<double> qpair = pair_bounds(shells, list, c.vdiag);
 
-  const int nthreads = omp_get_max_threads();
-  Accumulators acc(n, kExchange, nthreads);
+  BlockPartials part(fock_width(n, kExchange), c.nshpair);
+  const int nblocks = part.blocks();
   const std::vector<double> d = total_density(n, delta);
-#pragma omp parallel num_threads(nthreads)
+#pragma omp parallel
   {
-    double* buf = acc.thread(omp_get_thread_num());
-    const Digest g{n, d.data(), delta.data(), delta.data() + nn, buf, buf + nn, buf + 2 * nn};
     std::vector<double> block(kMaxQuartetBlock);
     QuartetWorkspace ws;
-#pragma omp for schedule(static, 1)
-    for (int P = c.nshpair - 1; P >= 0; --P) {
-      const std::size_t sa = static_cast<std::size_t>(list.a[P]);
-      const std::size_t sb = static_cast<std::size_t>(list.b[P]);
-      for (int Q = 0; Q <= P; ++Q) {
-        if (qpair[static_cast<std::size_t>(P)] * qpair[static_cast<std::size_t>(Q)] <
-            kQuartetNeglect)
-          continue;
-        if (screen) {
-          const std::size_t sc = static_cast<std::size_t>(list.a[Q]);
-          const std::size_t sd = static_cast<std::size_t>(list.b[Q]);
-          const double dm = std::max({bounds.dmax[sa * ns + sb], bounds.dmax[sc * ns + sd],
-                                      bounds.dmax[sa * ns + sc], bounds.dmax[sa * ns + sd],
-                                      bounds.dmax[sb * ns + sc], bounds.dmax[sb * ns + sd]});
-          if (!(bounds.q[P] * bounds.q[Q] * dm * kHartreeEv > c.thresh)) continue;
-          if (!screening_quartet(c, shells,
-                                 {static_cast<int>(sa), static_cast<int>(sb), static_cast<int>(sc),
-                                  static_cast<int>(sd)},
-                                 delta))
+#pragma omp for schedule(dynamic, 1)
+    for (int blk = 0; blk < nblocks; ++blk) {
+      double* buf = part.start(blk);
+      const Digest g{n, d.data(), delta.data(), delta.data() + nn, buf, buf + nn, buf + 2 * nn};
+      // the bra pairs from the last, which have the most ket pairs
+      for (int P = c.nshpair - 1 - blk; P >= 0; P -= nblocks) {
+        const std::size_t sa = static_cast<std::size_t>(list.a[P]);
+        const std::size_t sb = static_cast<std::size_t>(list.b[P]);
+        for (int Q = 0; Q <= P; ++Q) {
+          if (qpair[static_cast<std::size_t>(P)] * qpair[static_cast<std::size_t>(Q)] <
+              kQuartetNeglect)
             continue;
+          if (screen) {
+            const std::size_t sc = static_cast<std::size_t>(list.a[Q]);
+            const std::size_t sd = static_cast<std::size_t>(list.b[Q]);
+            const double dm = std::max({bounds.dmax[sa * ns + sb], bounds.dmax[sc * ns + sd],
+                                        bounds.dmax[sa * ns + sc], bounds.dmax[sa * ns + sd],
+                                        bounds.dmax[sb * ns + sc], bounds.dmax[sb * ns + sd]});
+            if (!(bounds.q[P] * bounds.q[Q] * dm * kHartreeEv > c.thresh)) continue;
+            if (!screening_quartet(c, shells,
+                                   {static_cast<int>(sa), static_cast<int>(sb),
+                                    static_cast<int>(sc), static_cast<int>(sd)},
+                                   delta))
+              continue;
+          }
+          shell_quartet(shells, pairs, P, Q, block.data(), ws);
+          for_each_unique(
+              shells, list, P, Q, block.data(),
+              [&](int i, int j, int k, int l, double v) { g.add<kExchange>(i, j, k, l, v); });
         }
-        shell_quartet(shells, pairs, P, Q, block.data(), ws);
-        for_each_unique(
-            shells, list, P, Q, block.data(),
-            [&](int i, int j, int k, int l, double v) { g.add<kExchange>(i, j, k, l, v); });
       }
     }
+#pragma omp for schedule(static)
+    for (std::int64_t r = 0; r < part.ranges(); ++r) part.sum_range(r);
   }
-  finish(acc, nthreads, a, fock, true);
+  finish(part.total(), n, kExchange, a, fock, true);
   std::copy(rho.begin(), rho.begin() + static_cast<std::ptrdiff_t>(2 * nn), rho_prev.begin());
 }
 
@@ -294,30 +353,32 @@ void coulomb_stored(const ContextView& c, std::span<const double> rho, std::span
     const std::size_t kl = static_cast<std::size_t>(k) + static_cast<std::size_t>(n) * l;
     dq[static_cast<std::size_t>(Q)] = (k == l ? 1.0 : 2.0) * (rho[kl] + rho[nn + kl]);
   }
-  const int nthreads = omp_get_max_threads();
-  std::vector<double> jt(static_cast<std::size_t>(nthreads) * c.npair, 0.0);
-#pragma omp parallel num_threads(nthreads)
+  BlockPartials part(static_cast<std::size_t>(c.npair), c.npair);
+  const int nblocks = part.blocks();
+#pragma omp parallel
   {
-    double* jp = jt.data() + static_cast<std::size_t>(omp_get_thread_num()) * c.npair;
-#pragma omp for schedule(static, 1)
-    for (int P = 0; P < c.npair; ++P) {
-      const double* row = c.vint.data() + static_cast<std::int64_t>(P) * (P + 1) / 2;
-      const double dp = dq[static_cast<std::size_t>(P)];
-      double sum = row[P] * dp;
-      for (int Q = 0; Q < P; ++Q) {
-        sum += row[Q] * dq[static_cast<std::size_t>(Q)];
-        jp[Q] += row[Q] * dp;
+#pragma omp for schedule(dynamic, 1)
+    for (int blk = 0; blk < nblocks; ++blk) {
+      double* jp = part.start(blk);
+      for (int P = blk; P < c.npair; P += nblocks) {
+        const double* row = c.vint.data() + static_cast<std::int64_t>(P) * (P + 1) / 2;
+        const double dp = dq[static_cast<std::size_t>(P)];
+        double sum = row[P] * dp;
+        for (int Q = 0; Q < P; ++Q) {
+          sum += row[Q] * dq[static_cast<std::size_t>(Q)];
+          jp[Q] += row[Q] * dp;
+        }
+        jp[P] += sum;
       }
-      jp[P] += sum;
     }
+#pragma omp for schedule(static)
+    for (std::int64_t r = 0; r < part.ranges(); ++r) part.sum_range(r);
   }
-  for (int t = 1; t < nthreads; ++t)
-    for (int P = 0; P < c.npair; ++P)
-      jt[static_cast<std::size_t>(P)] += jt[static_cast<std::size_t>(t) * c.npair + P];
+  const double* jt = part.total();
   std::fill_n(fock.begin(), 2 * nn, 0.0);
   for (int P = 0; P < c.npair; ++P) {
     const int i = c.pairlist[2 * P] - 1, j = c.pairlist[2 * P + 1] - 1;
-    const double v = kHartreeEv * jt[static_cast<std::size_t>(P)];
+    const double v = kHartreeEv * jt[P];
     const std::size_t ij = static_cast<std::size_t>(i) + static_cast<std::size_t>(n) * j;
     const std::size_t ji = static_cast<std::size_t>(j) + static_cast<std::size_t>(n) * i;
     fock[ij] = fock[ji] = fock[nn + ij] = fock[nn + ji] = v;

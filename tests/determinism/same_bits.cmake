@@ -1,0 +1,33 @@
+cmake_minimum_required(VERSION 3.25)
+# Runs one host job on each thread count of THREADS and requires the report, the
+# run log and standard output to be the same bytes on every count, time stamps
+# aside:
+#   -DNORVIK -DMOL -DPAR -DROUTE=stored|direct -DTHREADS=1,2,3 -DWORKDIR
+include(${CMAKE_CURRENT_LIST_DIR}/common.cmake)
+string(REPLACE "," ";" counts "${THREADS}")
+set(first "")
+foreach(t IN LISTS counts)
+  set(ENV{OMP_NUM_THREADS} ${t})
+  run_job(${WORKDIR}/t${t} ${MOL} out)
+  check_route("${out}" ${ROUTE})
+  strip_time_stamps("${out}" out)
+  file(READ ${WORKDIR}/t${t}/job.report report)
+  file(READ ${WORKDIR}/t${t}/job.log log)
+  strip_time_stamps("${report}" report)
+  strip_time_stamps("${log}" log)
+  if(first STREQUAL "")
+    set(first ${t})
+    set(out_1 "${out}")
+    set(report_1 "${report}")
+    set(log_1 "${log}")
+    continue()
+  endif()
+  foreach(what out report log)
+    if(NOT "${${what}}" STREQUAL "${${what}_1}")
+      first_difference("${${what}_1}" "${${what}}" where)
+      message(FATAL_ERROR
+        "${what} on ${t} threads differs from ${first} thread(s) (${WORKDIR}):\n${where}")
+    endif()
+  endforeach()
+endforeach()
+message(STATUS "same bits on ${THREADS} threads")
