@@ -256,10 +256,21 @@ def psi4_run(rel, functional, grids, basis_dir, threads, named=False):
                 "maxiter": 300, "basis": label}
         opts.update(GRIDS[g])
         t0 = time.perf_counter()
-        # The default start converges everything but a few unrestricted
-        # radicals, where DIIS swaps the singly occupied pi orbital back and
-        # forth; the generalised Wolfsberg-Helmholz start, then damping, cure it.
-        for retry in ({}, {"guess": "gwh"}, {"damping_percentage": 20}):
+        # With DIIS alone, some radicals (OH) swap the singly occupied pi
+        # orbital back and forth for hundreds of cycles from any start. Open
+        # shells therefore start from the generalised Wolfsberg-Helmholz
+        # guess with few DIIS cycles allowed, then run the (slower)
+        # second-order solver, with strong damping as the last resort. On the
+        # large grid the RMS density change of a few radicals (SH, CH2) stalls
+        # at 1e-8 while the energy is steady to 1e-12, so the fallbacks ask
+        # for 1e-8 there; the energy criterion stays at 1e-10.
+        if mult == 1:
+            starts = ({}, {"guess": "gwh"}, {"damping_percentage": 20})
+        else:
+            starts = ({"guess": "gwh", "maxiter": 60},
+                      {"guess": "gwh", "soscf": True, "d_convergence": 1e-8, "maxiter": 100},
+                      {"guess": "gwh", "damping_percentage": 50, "d_convergence": 1e-8})
+        for retry in starts:
             psi4.core.clean()
             psi4.core.clean_options()
             psi4.set_options(dict(opts, **retry))
@@ -268,7 +279,7 @@ def psi4_run(rel, functional, grids, basis_dir, threads, named=False):
                                           return_wfn=True)
                 break
             except psi4.driver.p4util.exceptions.SCFConvergenceError:
-                if "damping_percentage" in retry:
+                if retry is starts[-1]:
                     raise
         wall = time.perf_counter() - t0
         nbf = wfn.basisset().nbf()
@@ -305,13 +316,18 @@ def psi4_task(args, rel, functional, grids, named=False, threads=1, time_v=False
 
 
 def run_parallel(jobs, tasks):
-    """tasks: list of (key, callable). Returns {key: result} in any order."""
-    results = {}
+    """tasks: list of (key, callable). Yields (key, result) as they finish.
+    A failed task is reported and left out, so that it does not cost the
+    results of the others; the caller finds its row missing."""
     with concurrent.futures.ThreadPoolExecutor(max_workers=jobs) as pool:
         futs = {pool.submit(fn): key for key, fn in tasks}
         for fut in concurrent.futures.as_completed(futs):
-            results[futs[fut]] = fut.result()
-            yield futs[fut], results[futs[fut]]
+            try:
+                result = fut.result()
+            except Exception as exc:  # noqa: BLE001
+                print("FAILED %s: %s" % (futs[fut], str(exc)[-1500:]), flush=True)
+                continue
+            yield futs[fut], result
 
 
 def psi4_version():
@@ -364,7 +380,8 @@ def energy_table(args):
             flush=True)
         write_table(path, rows, order)
     write_table(path, rows, order)
-    print("wrote", path)
+    missing = [row_name(rel, f) for rel, f in todo if row_name(rel, f) not in rows]
+    print("wrote", path, "; missing rows: " + " ".join(missing) if missing else "")
 
 
 def write_table(path, rows, order):
@@ -394,7 +411,8 @@ def rel_of(case):
 
 def grid_check(args):
     path = os.path.join(OUT_DIR, "ks_grid_convergence.tsv")
-    tasks = [((c, f), (lambda c=c, f=f: psi4_task(args, rel_of(c), f, GRID_CHECK_GRIDS)))
+    grids = ["reference"] + GRID_CHECK_GRIDS
+    tasks = [((c, f), (lambda c=c, f=f: psi4_task(args, rel_of(c), f, grids)))
              for c, f in GRID_CHECK]
     res = dict(run_parallel(args.jobs, tasks))
     with open(path, "w") as out:
@@ -402,7 +420,12 @@ def grid_check(args):
                   "minus the converged-grid energy of ks_energies.tsv; see docs/references.md\n")
         out.write("name\tfunctional\tgrid\tE[hartree]\tE_minus_reference[hartree]\n")
         for c, f in GRID_CHECK:
-            ref = table_energy(c + "_" + f)
+            if (c, f) not in res:
+                continue
+            ref = float("%.10f" % res[(c, f)]["grids"]["reference"]["energy"])
+            table = table_energy(c + "_" + f)
+            if table is not None and abs(table - ref) > 2e-10:
+                raise RuntimeError("%s %s: rerun differs from ks_energies.tsv" % (c, f))
             out.write("%s\t%s\t%s\t%.10f\t%.1e\n" % (c, f, "150x974 (reference)", ref, 0.0))
             for g in GRID_CHECK_GRIDS:
                 e = res[(c, f)]["grids"][g]["energy"]
