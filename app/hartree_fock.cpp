@@ -67,7 +67,8 @@ PointResult run_hartree_fock(const Job& job) {
              &job.niter[stage], &job.damp[stage], &job.thr_ene[stage], &job.thr_rms[stage],
              &job.memory_gb, &job.screening, &thr_orth, &start, atomrho.data(), &n, S.data(),
              rho.data(), orbitals.data(), energy, dipole, &result.de_final, &northo, &in_core,
-             &ncycle, &converged, &result.rmsd, &result.commutator, &kGridRadius, xc);
+             &ncycle, &converged, &result.rmsd, &result.commutator, &kGridRadius, xc,
+             &job.grid_level);
   stamp(job.kohn_sham ? "Kohn-Sham exploration ok." : "Hartree-Fock exploration ok.");
   result.northo = northo;
   result.in_core = in_core == 1;

@@ -33,6 +33,7 @@ struct Job {
   std::string log_file;        // padded
 
   bool kohn_sham = false;
+  int grid_level = 0;  // Kohn-Sham grid (--grid): 0 standard, 1 dense
 
   // Capacity of the atom arrays handed to the library, which refuses a file with
   // this many atoms or more: the host sets it from the atom records it counted

@@ -1,6 +1,6 @@
 // norvik: the command-line host.
 //
-//   norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]
+//   norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE] [--grid LEVEL]
 //
 // Checks the input files and the output names, runs the job through the library
 // with the report and the run log under partial names, and renames them into
@@ -43,11 +43,14 @@ constexpr std::size_t kMaxProblemsShown = 20;
 
 void usage(std::ostream& out) {
   out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
+         "                  [--grid standard|dense]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
          "  --report FILE   report file (default: MOLECULE_FILE's name with .report)\n"
          "  --log FILE      run log, one line per SCF cycle (default: with .log)\n"
+         "  --grid LEVEL    Kohn-Sham integration grid: standard (default, fast) or dense\n"
+         "                  (converged energies, about ten times the points)\n"
          "\n"
          "The host checks both input files before the job starts.  The job writes the\n"
          "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
@@ -85,6 +88,7 @@ std::string with_extension(const std::string& molecule_file, const char* extensi
 struct Request {
   std::string molecule_file, parameter_file, report, log;
   bool has_parameter_file = false;
+  int grid_level = 0;  // Kohn-Sham grid: 0 standard, 1 dense
 };
 
 // How the molecule's SCF ended, on standard output; the exit status.
@@ -125,6 +129,7 @@ int run_job(const Request& request, const host::InputFacts& facts,
   job.parameter_file = host::padded(request.parameter_file, host::kPathLength);
   job.report_file = host::padded(outputs[0].partial, host::kPathLength);
   job.log_file = host::padded(outputs[1].partial, host::kPathLength);
+  job.grid_level = request.grid_level;
 
   host::setup(job);
   if (job.threads > 0) omp_set_num_threads(job.threads);
@@ -163,6 +168,13 @@ Request parse(const std::vector<std::string>& args) {
       if (i + 1 == args.size()) fail(a + " needs a file name");
       (a == "--report" ? have_report : have_log) = true;
       (a == "--report" ? request.report : request.log) = args[++i];
+    } else if (a == "--grid") {
+      if (i + 1 == args.size()) fail("--grid needs a value: standard or dense");
+      const std::string& level = args[++i];
+      if (level != "standard" && level != "dense") {
+        fail("--grid " + level + ": the grid is 'standard' (the default) or 'dense'");
+      }
+      request.grid_level = level == "dense" ? 1 : 0;
     } else if (a == "-h" || a == "--help") {
       usage(std::cout);
       std::exit(kSuccess);

@@ -331,7 +331,10 @@ NORVIK_API void HF_1POINT(const char* basis, const norvik_int* natom, const norv
  *     as the run log writes it);  34 grid_radius (in, Å: the base radius R0 of
  *     the grid templates, Kohn–Sham only; 0.5291772104, one bohr, is the host's);
  *   35 xc (out, 4: exchange-correlation energy, its exchange and correlation
- *     parts [eV], the electrons the grid sees; zero for Hartree–Fock).
+ *     parts [eV], the electrons the grid sees; zero for Hartree–Fock);
+ *   36 grid_level (in, Kohn–Sham only): 0 the standard grid templates, 1 the dense
+ *     grid for converged energies; any other value stops with "Wrong grid level in
+ *     SCF_1point." and the value.
  * For a Kohn–Sham method energy(1) includes the exchange-correlation energy, and
  * the run log, ncycle, converged, rmsd and commutator are those of the Kohn–Sham
  * stage.
@@ -349,7 +352,8 @@ NORVIK_API void SCF_1POINT(const char* method, const char* basis, const char* re
                            const norvik_int* nbasis, double* S, double* rho, double* orbitals,
                            double* energy, double* dipole, double* de_final, norvik_int* northo,
                            norvik_int* incore, norvik_int* ncycle, norvik_bool* converged,
-                           double* rmsd, double* commutator, const double* grid_radius, double* xc);
+                           double* rmsd, double* commutator, const double* grid_radius, double* xc,
+                           const norvik_int* grid_level);
 
 /* ---- report sections (each appends to the report file, the last argument) ------- */
 

@@ -138,7 +138,7 @@ extern "C" NORVIK_API void SCF_1POINT(
     const double* atomrho, const norvik_int* nbasis, double* S, double* rho, double* orbitals,
     double* energy, double* dipole, double* de_final, norvik_int* northo, norvik_int* incore,
     norvik_int* ncycle, norvik_bool* converged, double* rmsd, double* commutator,
-    const double* grid_radius, double* xc) {
+    const double* grid_radius, double* xc, const norvik_int* grid_level) {
   guarded([&] {
     // A functional name picks the Kohn–Sham stage (and its exact exchange).
     const std::string_view name = text_in(method, kKeywordLength);
@@ -149,6 +149,7 @@ extern "C" NORVIK_API void SCF_1POINT(
                        dft::exact_exchange_fraction(name)};
       ks.scf = {niter[1], damp[1], thr_ene[1], thr_rms[1]};
       ks.grid_radius = *grid_radius;
+      ks.grid_level = abi::grid_level_in(*grid_level, "SCF_1point");
       kohn_sham = ks;
     }
     scf::StartPolicy policy = scf::StartPolicy::core_hamiltonian;

@@ -27,6 +27,13 @@ void check_nbasis(norvik_int n, std::string_view routine) {
   }
 }
 
+dft::GridLevel grid_level_in(norvik_int level, std::string_view routine) {
+  if (level == 0) return dft::GridLevel::standard;
+  if (level == 1) return dft::GridLevel::dense;
+  throw Error(fortran::list_directed(
+      {std::string("Wrong grid level in ") + std::string(routine) + ".", std::int64_t{level}}));
+}
+
 scf::Operators operators(const norvik_int* nbasis, const double* S, const double* T,
                          const double* V, const norvik_int* northo, const double* X) {
   scf::Operators op;

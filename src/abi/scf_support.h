@@ -17,6 +17,10 @@ namespace norvik::abi {
 // "Wrong nbasis in ROUTINE." and the size.
 void check_nbasis(norvik_int n, std::string_view routine);
 
+// The grid of a Kohn–Sham point: 0 the standard templates, 1 the dense grid;
+// any other value stops with "Wrong grid level in ROUTINE." and the value.
+dft::GridLevel grid_level_in(norvik_int level, std::string_view routine);
+
 // The fixed operators from the host's S, T, V and X.
 scf::Operators operators(const norvik_int* nbasis, const double* S, const double* T,
                          const double* V, const norvik_int* northo, const double* X);

@@ -196,7 +196,8 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
   if (kohn_sham) {
     const KohnShamStage& ks = *settings.kohn_sham;
     result.hf_cycles = r.cycles;
-    const dft::Grid grid = dft::make_grid(molecule.elements, molecule.positions, ks.grid_radius);
+    const dft::Grid grid = dft::make_grid(molecule.elements, molecule.positions, ks.grid_radius,
+                                             ks.grid_level);
     std::vector<double> chi(dft::basis_table_size(grid.size(), p.n));
     dft::basis_on_grid(basis, molecule.positions, grid.points, chi);
     KohnShamBuilder builder(system.context, system.build, ks.functional,

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "basis/basis_set.h"
+#include "dft/grid/molecular_grid.h"
 #include "integrals/two/two_electron.h"
 #include "scf/hf_driver.h"
 #include "scf/kohn_sham_builder.h"
@@ -86,6 +87,7 @@ struct KohnShamStage {
   XcFunctional functional;
   ScfControl scf;
   double grid_radius = 1.0;  // base radius R0 of the grid templates [Å]
+  dft::GridLevel grid_level = dft::GridLevel::standard;
 };
 
 // What a point starts from and how it occupies.

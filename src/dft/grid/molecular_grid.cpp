@@ -41,7 +41,9 @@ void molecular_grid(std::span<const double> coords, const GridTemplates& t,
   }
 }
 
-Grid make_grid(std::span<const int> elements, std::span<const double> positions, double r0) {
+Grid make_grid(std::span<const int> elements, std::span<const double> positions, double r0,
+               GridLevel level) {
+  (void)level;
   const std::size_t natom = elements.size();
   std::vector<int> npts(natom), offset(natom), kind(natom), kinds;
   const int total = grid_sizes(elements, npts, offset);

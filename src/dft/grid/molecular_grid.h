@@ -27,6 +27,11 @@ void molecular_grid(std::span<const double> coords, const GridTemplates& templat
                     std::span<const int> npts, std::span<const int> offset,
                     std::span<double> points, std::span<double> weights);
 
+// Which templates a molecular grid is made of: the standard templates of
+// each element, or the dense ones (more radial shells, larger angular rules,
+// the same partition) for converged energies.
+enum class GridLevel { standard, dense };
+
 // A molecular grid with its own arrays.
 struct Grid {
   std::vector<double> points;   // (3, npts) Å
@@ -36,7 +41,8 @@ struct Grid {
 
 // The molecular grid of atoms of the given elements at `positions` ((3,
 // natom) Å) for base radius `r0` [Å]: one template per distinct element.
-Grid make_grid(std::span<const int> elements, std::span<const double> positions, double r0);
+Grid make_grid(std::span<const int> elements, std::span<const double> positions, double r0,
+               GridLevel level = GridLevel::standard);
 
 // Σ values(k)·weights(k), accumulated from 0.0 in increasing k: every grid
 // integral goes through it, so its result does not depend on the threads.
