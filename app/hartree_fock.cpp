@@ -49,7 +49,7 @@ PointResult run_hartree_fock(const Job& job) {
   const double thr_orth = kOrthogonalityThreshold;
   ATOMS(job.basis.data(), &job.natom, job.zat.data(), job.zel.data(), &job.niter[0], &job.damp[0],
         &job.thr_ene[0], &job.thr_rms[0], &job.memory_gb, &thr_orth, &n, eatom.data(),
-        atomrho.data());
+        atomrho.data(), job.theory.data(), &kGridRadius, &job.grid_level);
   WRITE_ENERGY_ATOM(&job.natom, job.zat.data(), job.zel.data(), eatom.data(), report);
   stamp("Free atoms ok.");
 
@@ -78,12 +78,10 @@ PointResult run_hartree_fock(const Job& job) {
   // The result sections.
   result.energy = energy[2];
   std::copy(dipole, dipole + 3, result.dipole);
-  // The free atoms are Hartree–Fock atoms: a Kohn–Sham report leaves out the
-  // binding energy (a sum of 0) rather than mix the two methods.
+  // The free atoms are computed with the molecule's method, so the binding
+  // energy compares like with like.
   double eatoms = 0.0;
-  if (!job.kohn_sham) {
-    for (double e : eatom) eatoms += e;
-  }
+  for (double e : eatom) eatoms += e;
   WRITE_ENERGY_MOL(&energy[0], &energy[1], &eatoms, report);
   if (job.kohn_sham) WRITE_ENERGY_KS(xc, report);
   WRITE_EMOL(&result.energy, &result.de_final, report);
@@ -92,6 +90,8 @@ PointResult run_hartree_fock(const Job& job) {
   WRITE_OCCUPY(&n, &northo, &job.nalpha, &job.nbeta, orbitals.data(), report);
   if (job.multiplicity != 1) WRITE_SPINCONTAMI(&n, S.data(), rho.data(), report);
   WRITE_EDM(result.dipole, report);
+  // A Kohn–Sham SCF that did not settle gets the caution box.
+  if (job.kohn_sham && !result.converged) WRITE_CAUTION(report);
   return result;
 }
 

@@ -265,19 +265,24 @@ NORVIK_API void FIND5S_321GC(const norvik_int* z, norvik_int* index);
 /* ---- whole calculations ----------------------------------------------------------- */
 
 /* Free atoms: one UHF per distinct element among the atoms with a nonzero nuclear
- * charge, ground-state multiplicity, isolated-atom exponents for STO-3G.
+ * charge, ground-state multiplicity, isolated-atom exponents for STO-3G; for a
+ * Kohn–Sham method the atom's Kohn–Sham SCF follows on the grid and gives its energy.
  *   1 basis (in, 20 chars);  2 natom;  3 zat (in, natom nuclear charges, 0 ghost);
- *   4 zel (in, natom elements);  5 niter, 6 damp, 7 thr_ene, 8 thr_rms (in, the
- *   atom settings);  9 ramlimit (in, GB: in-core limit for the integral store);
- *   10 thr_orth (in, smallest overlap eigenvalue kept);  11 nbasis (in, the
+ *   4 zel (in, natom elements);  5 niter, 6 damp, 7 thr_ene, 8 thr_rms (in, 2 each:
+ *   the atom settings of the Hartree–Fock SCF, then of the Kohn–Sham SCF, which only
+ *   a Kohn–Sham method reads);  9 ramlimit (in, GB: in-core limit for the integral
+ *   store);  10 thr_orth (in, smallest overlap eigenvalue kept);  11 nbasis (in, the
  *   molecule's basis size);  12 eatom (out, natom: free-atom energy of each atom
- *   [eV], 0 for a ghost);  13 atomrho (out, (n, n, 2): the free-atom densities on
- *   the diagonal blocks of their atoms). */
+ *   [eV], 0 for a ghost);  13 atomrho (out, (n, n, 2): the Hartree–Fock free-atom
+ *   densities, spherically averaged, on the diagonal blocks of their atoms);
+ *   14 method (in, 10 chars, as SCF_1POINT's);  15 grid_radius (in, Å) and
+ *   16 grid_level (in), as SCF_1POINT's, read only for a Kohn–Sham method. */
 NORVIK_API void ATOMS(const char* basis, const norvik_int* natom, const norvik_int* zat,
                       const norvik_int* zel, const norvik_int* niter, const double* damp,
                       const double* thr_ene, const double* thr_rms, const double* ramlimit,
                       const double* thr_orth, const norvik_int* nbasis, double* eatom,
-                      double* atomrho);
+                      double* atomrho, const char* method, const double* grid_radius,
+                      const norvik_int* grid_level);
 
 /* Hartree–Fock single point from the outputs of SETUP_HF:
  *   1 basis (in, 20 chars);  2 natom;  3 zat;  4 zel;  5 pos (in, (3, natom) Å);

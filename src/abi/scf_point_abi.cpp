@@ -39,25 +39,6 @@ int checked_nbasis(std::string_view basis, const scf::MoleculeView& molecule, no
 
 }  // namespace
 
-extern "C" NORVIK_API void ATOMS(const char* basis, const norvik_int* natom, const norvik_int* zat,
-                                 const norvik_int* zel, const norvik_int* niter, const double* damp,
-                                 const double* thr_ene, const double* thr_rms,
-                                 const double* ramlimit, const double* thr_orth,
-                                 const norvik_int* nbasis, double* eatom, double* atomrho) {
-  guarded([&] {
-    const std::size_t na = count(*natom);
-    const std::string_view name = text_in(basis, kLongKeywordLength);
-    const scf::MoleculeView molecule{{zat, na}, {zel, na}, {}};
-    const int n = checked_nbasis(name, molecule, *nbasis, "Atoms");
-    scf::JobControl job;
-    job.basis = name;
-    job.memory_gb = *ramlimit;
-    job.orthogonality = *thr_orth;
-    const scf::ScfControl control{*niter, *damp, *thr_ene, *thr_rms};
-    scf::free_atoms(job, control, molecule, {eatom, na}, {atomrho, 2 * abi::square(n)});
-  });
-}
-
 namespace {
 
 // The part of a single point's arguments that HF_1POINT and SCF_1POINT share.
@@ -109,7 +90,49 @@ bool is_hartree_fock(std::string_view method) {
   return m == "HF" || m == "MP2" || m == "RPA" || m == "TDA";
 }
 
+// The Kohn–Sham stage that a method names (none for the Hartree–Fock
+// methods): its functional and exact exchange, the second of each settings
+// pair, and the grid.
+std::optional<scf::KohnShamStage> kohn_sham_stage(const char* method, const norvik_int* niter,
+                                                  const double* damp, const double* thr_ene,
+                                                  const double* thr_rms, const double* grid_radius,
+                                                  const norvik_int* grid_level,
+                                                  std::string_view routine) {
+  const std::string_view name = text_in(method, kKeywordLength);
+  if (is_hartree_fock(name)) return std::nullopt;
+  scf::KohnShamStage ks;
+  ks.functional = {dft::functional_for(name, dft::FunctionalUse::potential_matrix),
+                   dft::exact_exchange_fraction(name)};
+  ks.scf = {niter[1], damp[1], thr_ene[1], thr_rms[1]};
+  ks.grid_radius = *grid_radius;
+  ks.grid_level = abi::grid_level_in(*grid_level, routine);
+  return ks;
+}
+
 }  // namespace
+
+extern "C" NORVIK_API void ATOMS(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                                 const norvik_int* zel, const norvik_int* niter, const double* damp,
+                                 const double* thr_ene, const double* thr_rms,
+                                 const double* ramlimit, const double* thr_orth,
+                                 const norvik_int* nbasis, double* eatom, double* atomrho,
+                                 const char* method, const double* grid_radius,
+                                 const norvik_int* grid_level) {
+  guarded([&] {
+    const std::size_t na = count(*natom);
+    const std::string_view name = text_in(basis, kLongKeywordLength);
+    const scf::MoleculeView molecule{{zat, na}, {zel, na}, {}};
+    const int n = checked_nbasis(name, molecule, *nbasis, "Atoms");
+    scf::JobControl job;
+    job.basis = name;
+    job.memory_gb = *ramlimit;
+    job.orthogonality = *thr_orth;
+    const scf::ScfControl control{niter[0], damp[0], thr_ene[0], thr_rms[0]};
+    scf::free_atoms(
+        job, control, molecule, {eatom, na}, {atomrho, 2 * abi::square(n)},
+        kohn_sham_stage(method, niter, damp, thr_ene, thr_rms, grid_radius, grid_level, "Atoms"));
+  });
+}
 
 extern "C" NORVIK_API void HF_1POINT(
     const char* basis, const norvik_int* natom, const norvik_int* zat, const norvik_int* zel,
@@ -141,26 +164,16 @@ extern "C" NORVIK_API void SCF_1POINT(
     const double* grid_radius, double* xc, const norvik_int* grid_level) {
   guarded([&] {
     // A functional name picks the Kohn–Sham stage (and its exact exchange).
-    const std::string_view name = text_in(method, kKeywordLength);
-    std::optional<scf::KohnShamStage> kohn_sham;
-    if (!is_hartree_fock(name)) {
-      scf::KohnShamStage ks;
-      ks.functional = {dft::functional_for(name, dft::FunctionalUse::potential_matrix),
-                       dft::exact_exchange_fraction(name)};
-      ks.scf = {niter[1], damp[1], thr_ene[1], thr_rms[1]};
-      ks.grid_radius = *grid_radius;
-      ks.grid_level = abi::grid_level_in(*grid_level, "SCF_1point");
-      kohn_sham = ks;
-    }
+    const std::optional<scf::KohnShamStage> kohn_sham = kohn_sham_stage(
+        method, niter, damp, thr_ene, thr_rms, grid_radius, grid_level, "SCF_1point");
     scf::StartPolicy policy = scf::StartPolicy::core_hamiltonian;
     if (*start == 1) policy = scf::StartPolicy::free_atoms;
     if (*start == 2) policy = scf::StartPolicy::supplied;
     const PointArgs args{basis,      natom,    zat,     zel,     pos,     nalpha,
                          nbeta,      niter,    damp,    thr_ene, thr_rms, ramlimit,
                          thr_screen, thr_orth, atomrho, nbasis,  rho,     orbitals};
-    const scf::PointHooks hooks =
-        abi::point_report(text_in(report, kFileNameLength), text_in(logfile, kFileNameLength),
-                          *iopt, *thr_orth, *ramlimit);
+    const scf::PointHooks hooks = abi::point_report(
+        text_in(report, kFileNameLength), text_in(logfile, kFileNameLength), *iopt, *thr_orth);
     const scf::SinglePointResult r = run_point(args, policy, "SCF_1point", hooks, S, kohn_sham);
     // A blank line closes the SCF in the run log; an SCF that used up its
     // cycles says so in the report.

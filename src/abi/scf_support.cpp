@@ -100,15 +100,15 @@ scf::CycleObserver run_log(std::string_view logfile, int iopt, int isrc) {
 }
 
 scf::PointHooks point_report(std::string_view report, std::string_view logfile, int iopt,
-                             double thr_orth, double memory_gb) {
+                             double thr_orth) {
   scf::PointHooks hooks;
   const std::string path(io::trim_right(report));
-  hooks.prepared = [path, thr_orth, memory_gb](const scf::PreparedSystem& p) {
+  hooks.prepared = [path, thr_orth](const scf::PreparedSystem& p) {
     const int npair = p.context.npair;
     const auto all_pairs = static_cast<int>(packed(p.n));
     io::append_lines(path, report::dependence(p.n, p.northo, thr_orth));
     io::append_lines(path, report::in_core(p.in_core, p.n, all_pairs, npair,
-                                           memory::integral_store_gb(npair), memory_gb));
+                                           memory::integral_store_gb(npair), p.memory_gb));
     std::string text = "Integrals ok.";
     text.resize(kTimestampLength, ' ');
     io::timestamp(text);

@@ -51,9 +51,9 @@ scf::Salc salc_in(norvik_int n, const double* salc, const norvik_int* salcblock)
 scf::CycleObserver run_log(std::string_view logfile, int iopt, int isrc);
 
 // The report and progress of one point of a job: the basis dependency and the
-// in-core choice to `report`, "Integrals ok." on standard output, one run-log
-// line per cycle to `logfile`.
+// in-core choice (against the limit the point used) to `report`, "Integrals
+// ok." on standard output, one run-log line per cycle to `logfile`.
 scf::PointHooks point_report(std::string_view report, std::string_view logfile, int iopt,
-                             double thr_orth, double memory_gb);
+                             double thr_orth);
 
 }  // namespace norvik::abi

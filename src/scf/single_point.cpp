@@ -81,6 +81,7 @@ PreparedSystem prepare_system(const basis::BasisSet& basis,
                                   job.orthogonality, linalg::MatrixView(p.x.data(), p.n, p.n, p.n));
 
   p.context = integrals::two::prepare(basis, centres, false, job.screening);
+  p.memory_gb = job.memory_gb;
   p.in_core = memory::store_fits(p.context.npair, job.memory_gb);
   if (p.in_core) {
     p.context.vint.resize(static_cast<std::size_t>(integrals::two::packed_size(p.context.npair)));
@@ -96,7 +97,8 @@ int basis_size(std::string_view basis, std::span<const int> elements) {
 }
 
 void free_atoms(const JobControl& job, const ScfControl& scf, const MoleculeView& molecule,
-                std::span<double> energies, std::span<double> atomic) {
+                std::span<double> energies, std::span<double> atomic,
+                const std::optional<KohnShamStage>& kohn_sham) {
   const std::size_t natom = molecule.elements.size();
   const int n = basis_size(job.basis, molecule.elements);
   const std::size_t nn = square(n);
@@ -131,7 +133,9 @@ void free_atoms(const JobControl& job, const ScfControl& scf, const MoleculeView
     const int m_basis = basis.nbasis();
     const std::size_t m = square(m_basis);
     std::vector<double> rho(2 * m), orbitals(2 * (m + static_cast<std::size_t>(m_basis)));
+    settings.kohn_sham = kohn_sham;
     const SinglePointResult r = compute_point(basis, job, scf, atom, settings, rho, orbitals);
+    settings.kohn_sham.reset();  // the start densities are Hartree–Fock atoms
     settings.occupation = Occupation::atomic;
     compute_point(basis, job, scf, atom, settings, rho, orbitals);
 
@@ -158,7 +162,13 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
                                 const PointSettings& settings, std::span<double> rho,
                                 std::span<double> orbitals, const PointHooks& hooks,
                                 std::span<double> overlap) {
-  const PreparedSystem p = prepare_system(basis, molecule.positions, molecule.charges, job);
+  // The basis table on the grid shares the memory limit with the store.
+  JobControl limits = job;
+  if (settings.kohn_sham) {
+    const int npts = dft::grid_point_count(molecule.elements, settings.kohn_sham->grid_level);
+    limits.memory_gb -= memory::kohn_sham_grid_gb(npts, basis.nbasis());
+  }
+  const PreparedSystem p = prepare_system(basis, molecule.positions, molecule.charges, limits);
   const std::size_t nn = square(p.n);
   if (rho.size() < 2 * nn || orbitals.size() < 2 * (nn + static_cast<std::size_t>(p.n))) {
     throw std::logic_error("single point: the density or orbital array is too small");
@@ -196,12 +206,12 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
   if (kohn_sham) {
     const KohnShamStage& ks = *settings.kohn_sham;
     result.hf_cycles = r.cycles;
-    const dft::Grid grid = dft::make_grid(molecule.elements, molecule.positions, ks.grid_radius,
-                                             ks.grid_level);
+    const dft::Grid grid =
+        dft::make_grid(molecule.elements, molecule.positions, ks.grid_radius, ks.grid_level);
     std::vector<double> chi(dft::basis_table_size(grid.size(), p.n));
-    dft::basis_on_grid(basis, molecule.positions, grid.points, chi);
+    dft::basis_on_grid(basis, molecule.positions, grid.points, chi, dft::TableLayout::by_batch);
     KohnShamBuilder builder(system.context, system.build, ks.functional,
-                            {grid.size(), p.n, grid.weights, chi});
+                            {grid.size(), p.n, grid.weights, chi, dft::TableLayout::by_batch});
     StartSettings from_hf;
     from_hf.policy = StartPolicy::current;
     from_hf.counts = settings.counts;

@@ -53,7 +53,8 @@ struct PreparedSystem {
   std::vector<double> s, t, v, dip, x;
   int northo = 0;
   integrals::two::TwoElectronContext context;
-  bool in_core = false;  // the store is filled; otherwise integral-direct
+  bool in_core = false;    // the store is filled; otherwise integral-direct
+  double memory_gb = 0.0;  // the limit the store was held against [GB]
 
   ScfSystem system() const;
   FockBuild build() const { return in_core ? FockBuild::stored : FockBuild::direct; }
@@ -67,6 +68,15 @@ PreparedSystem prepare_system(const basis::BasisSet& basis, std::span<const doub
 // The number of basis functions of the molecule in the named basis.
 int basis_size(std::string_view basis, std::span<const int> elements);
 
+// The Kohn–Sham stage of a point: after the Hartree–Fock SCF, the Kohn–Sham
+// SCF from its density with the functional on the molecular grid.
+struct KohnShamStage {
+  XcFunctional functional;
+  ScfControl scf;
+  double grid_radius = 1.0;  // base radius R0 of the grid templates [Å]
+  dft::GridLevel grid_level = dft::GridLevel::standard;
+};
+
 // Free atoms: per distinct element among the atoms with a nonzero nuclear
 // charge, in its ground-state multiplicity (Hund's rule), with the
 // isolated-atom exponents where the basis has them (STO-3G), two SCFs.
@@ -78,17 +88,14 @@ int basis_size(std::string_view basis, std::span<const int> elements);
 // of its open shell shared evenly over the shell in every step (the alpha and
 // beta densities kept apart), so that a molecule started from them has the
 // molecule's symmetry whatever its orientation.
+//
+// With a Kohn–Sham stage the energies are those of the Kohn–Sham atoms (the
+// integer-occupation unrestricted atom, its Hartree–Fock SCF then its
+// Kohn–Sham SCF on the grid), so that a Kohn–Sham molecule's binding energy
+// compares like with like; the start densities stay the Hartree–Fock ones.
 void free_atoms(const JobControl& job, const ScfControl& scf, const MoleculeView& molecule,
-                std::span<double> energies, std::span<double> atomic);
-
-// The Kohn–Sham stage of a point: after the Hartree–Fock SCF, the Kohn–Sham
-// SCF from its density with the functional on the molecular grid.
-struct KohnShamStage {
-  XcFunctional functional;
-  ScfControl scf;
-  double grid_radius = 1.0;  // base radius R0 of the grid templates [Å]
-  dft::GridLevel grid_level = dft::GridLevel::standard;
-};
+                std::span<double> energies, std::span<double> atomic,
+                const std::optional<KohnShamStage>& kohn_sham = std::nullopt);
 
 // What a point starts from and how it occupies.
 struct PointSettings {

@@ -3,6 +3,7 @@ cmake_minimum_required(VERSION 3.25)
 # prints with the reference (hartree), and the run log's shape with the format:
 #   -DNORVIK -DMOL -DPAR -DWORKDIR -DEXPECT (hartree) -DTOL (hartree) [-DDIRECT=ON]
 #   [-DTHEORY=name: the molecule file's theory record replaced, e.g. a functional]
+#   [-DGRID=dense: the Kohn-Sham grid level passed with --grid]
 file(MAKE_DIRECTORY ${WORKDIR})
 if(THEORY)
   # The theory is the first value record, the second line of the file.
@@ -13,7 +14,11 @@ if(THEORY)
   file(WRITE ${WORKDIR}/job.mol "${mol_text}\n")
   set(MOL job.mol)
 endif()
-execute_process(COMMAND ${NORVIK} run ${MOL} ${PAR} --report job.report --log job.log
+set(grid_option)
+if(GRID)
+  set(grid_option --grid ${GRID})
+endif()
+execute_process(COMMAND ${NORVIK} run ${MOL} ${PAR} --report job.report --log job.log ${grid_option}
                 WORKING_DIRECTORY ${WORKDIR} OUTPUT_VARIABLE out ERROR_VARIABLE err
                 RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)

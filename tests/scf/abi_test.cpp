@@ -65,8 +65,11 @@ TEST(Abi, FreeAtomsOfAmmonia) {
   const norvik_int natom = 5, niter = 80, nbasis = 9 + 4 * 2;
   const double damp = 0.5, thr = 1e-10, ram = 4.0, orth = 1e-8;
   std::vector<double> eatom(5, -1.0), atomrho(2 * nbasis * nbasis, -1.0);
+  const std::string hf = padded("HF", 10);
+  const double radius = 0.0;
+  const norvik_int level = 0;
   ATOMS(basis.data(), &natom, zat.data(), zel.data(), &niter, &damp, &thr, &thr, &ram, &orth,
-        &nbasis, eatom.data(), atomrho.data());
+        &nbasis, eatom.data(), atomrho.data(), hf.data(), &radius, &level);
   EXPECT_NEAR(eatom[0] / constants::kHartreeEv, -54.1053903978, 1e-7);  // Psi4 UHF
   EXPECT_LT(eatom[1], 0.0);
   EXPECT_EQ(eatom[1], eatom[2]);
@@ -114,8 +117,11 @@ TEST(Abi, FreeAtomEnergyIsUnrestrictedItsDensitySpherical) {
   const double damp = 0.5, thr = 1e-10, ram = 4.0, orth = 1e-8;
   double eatom = 0.0;
   std::vector<double> atomrho(2 * nbasis * nbasis);
+  const std::string hf = padded("HF", 10);
+  const double radius = 0.0;
+  const norvik_int level = 0;
   ATOMS(basis.data(), &natom, &z, &z, &niter, &damp, &thr, &thr, &ram, &orth, &nbasis, &eatom,
-        atomrho.data());
+        atomrho.data(), hf.data(), &radius, &level);
   EXPECT_NEAR(eatom / constants::kHartreeEv, -74.7862349933, 1e-7);  // Psi4 UHF, hf_energies.tsv
   const std::size_t nn = static_cast<std::size_t>(nbasis) * nbasis;
   for (std::size_t spin = 0; spin < 2; ++spin) {

@@ -63,8 +63,10 @@ int main(int argc, char** argv) {
 
   /* 3. Free atoms (atom settings), then the single point (molecule settings). */
   const double orth = 1e-8, screen = 0.0;
+  const double grid_radius = 0.0;
+  const norvik_int grid_level = 0;
   ATOMS(basis, &natom, zat, zel, &niter[0], &damp[0], &thr_ene[0], &thr_rms[0], &ram, &orth,
-        &nbasis, eatom, atomrho);
+        &nbasis, eatom, atomrho, "HF        ", &grid_radius, &grid_level);
   const norvik_int istart = 1;
   double energy, dipole[3], de_final;
   norvik_int northo, incore;

@@ -33,4 +33,14 @@ void row_template(int npoints, double radius, std::span<double> points, std::spa
 // with "ZiAt exceed the limit in grid_atom.".
 void atomic_template(int z, double r0, std::span<double> points, std::span<double> weights);
 
+// The dense templates: more Euler–Maclaurin shells (100 up to neon, 150
+// beyond) and larger Lebedev rules (up to 770 points) on the same radial
+// scale, for converged energies.  Points of element Z's dense template: 29780
+// up to neon, 45276 beyond; Z outside 1 … 54 throws as points_per_atom does.
+int dense_points_per_atom(int z);
+
+// The dense template of element Z for the base radius R0 (as
+// atomic_template).
+void dense_template(int z, double r0, std::span<double> points, std::span<double> weights);
+
 }  // namespace norvik::dft

@@ -41,12 +41,26 @@ void molecular_grid(std::span<const double> coords, const GridTemplates& t,
   }
 }
 
+int grid_point_count(std::span<const int> elements, GridLevel level) {
+  int total = 0;
+  for (int z : elements) {
+    total += level == GridLevel::dense ? dense_points_per_atom(z) : points_per_atom(z);
+  }
+  return total;
+}
+
 Grid make_grid(std::span<const int> elements, std::span<const double> positions, double r0,
                GridLevel level) {
-  (void)level;
+  const bool dense = level == GridLevel::dense;
+  const auto size_of = [&](int z) { return dense ? dense_points_per_atom(z) : points_per_atom(z); };
   const std::size_t natom = elements.size();
   std::vector<int> npts(natom), offset(natom), kind(natom), kinds;
-  const int total = grid_sizes(elements, npts, offset);
+  int total = 0;
+  for (std::size_t a = 0; a < natom; ++a) {
+    npts[a] = size_of(elements[a]);
+    offset[a] = total;
+    total += npts[a];
+  }
   for (std::size_t a = 0; a < natom; ++a) {
     std::size_t k = 0;
     while (k < kinds.size() && kinds[k] != elements[a]) ++k;
@@ -54,12 +68,17 @@ Grid make_grid(std::span<const int> elements, std::span<const double> positions,
     kind[a] = static_cast<int>(k);
   }
   int nmax = 0;
-  for (int z : kinds) nmax = std::max(nmax, points_per_atom(z));
+  for (int z : kinds) nmax = std::max(nmax, size_of(z));
   const auto m = static_cast<std::size_t>(nmax);
   std::vector<double> tp(3 * m * kinds.size(), 0.0), tw(m * kinds.size(), 0.0);
   for (std::size_t k = 0; k < kinds.size(); ++k) {
-    const auto n = static_cast<std::size_t>(points_per_atom(kinds[k]));
-    atomic_template(kinds[k], r0, {tp.data() + 3 * m * k, 3 * n}, {tw.data() + m * k, n});
+    const auto n = static_cast<std::size_t>(size_of(kinds[k]));
+    const std::span<double> p{tp.data() + 3 * m * k, 3 * n}, w{tw.data() + m * k, n};
+    if (dense) {
+      dense_template(kinds[k], r0, p, w);
+    } else {
+      atomic_template(kinds[k], r0, p, w);
+    }
   }
   Grid grid{std::vector<double>(3 * static_cast<std::size_t>(total)),
             std::vector<double>(static_cast<std::size_t>(total))};

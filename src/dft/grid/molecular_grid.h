@@ -39,6 +39,9 @@ struct Grid {
   int size() const { return static_cast<int>(weights.size()); }
 };
 
+// Points of the molecular grid of atoms of the given elements.
+int grid_point_count(std::span<const int> elements, GridLevel level);
+
 // The molecular grid of atoms of the given elements at `positions` ((3,
 // natom) Å) for base radius `r0` [Å]: one template per distinct element.
 Grid make_grid(std::span<const int> elements, std::span<const double> positions, double r0,

@@ -1,5 +1,6 @@
 #include "dft/xc/basis_values.h"
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 #include <vector>
@@ -43,7 +44,7 @@ std::size_t basis_table_size(int npts, int nbasis) {
 }
 
 void basis_on_grid(const basis::BasisSet& basis, std::span<const double> positions,
-                   std::span<const double> points, std::span<double> chi) {
+                   std::span<const double> points, std::span<double> chi, TableLayout layout) {
   const double bohr = constants::kBohrAngstrom;
   const auto npts = static_cast<std::ptrdiff_t>(points.size() / 3);
   if (chi.size() < basis_table_size(static_cast<int>(npts), basis.nbasis())) {
@@ -73,6 +74,16 @@ void basis_on_grid(const basis::BasisSet& basis, std::span<const double> positio
 #pragma omp parallel for schedule(static)
   for (std::ptrdiff_t p = 0; p < npts; ++p) {
     const auto up = static_cast<std::size_t>(p);
+    // Where function f's four numbers at this point go: base + stride·c.
+    const auto nbasis = static_cast<std::size_t>(basis.nbasis());
+    std::size_t first = 4 * up, step = 4 * static_cast<std::size_t>(npts), stride = 1;
+    if (layout == TableLayout::by_batch) {
+      const std::ptrdiff_t p0 = (p / kGridBatch) * kGridBatch;
+      const auto nb = static_cast<std::size_t>(std::min<std::ptrdiff_t>(kGridBatch, npts - p0));
+      first = 4 * nbasis * static_cast<std::size_t>(p0) + (up - static_cast<std::size_t>(p0));
+      step = nb;
+      stride = nb * nbasis;
+    }
     const std::array<double, 3> r{points[3 * up] / bohr, points[3 * up + 1] / bohr,
                                   points[3 * up + 2] / bohr};
     for (const PlannedShell& ps : plan) {
@@ -107,11 +118,10 @@ void basis_on_grid(const basis::BasisSet& basis, std::span<const double> positio
           dang[1] += ct * v[0] * dv[1] * v[2];
           dang[2] += ct * v[0] * v[1] * dv[2];
         }
-        double* out = chi.data() + 4 * (up + static_cast<std::size_t>(npts) *
-                                                 static_cast<std::size_t>(ps.offset + f));
+        double* out = chi.data() + first + step * static_cast<std::size_t>(ps.offset + f);
         out[0] = value_scale * ang * radial;
         for (std::size_t c = 0; c < 3; ++c)
-          out[1 + c] = gradient_scale * (dang[c] * radial + ang * dradial * d[c]);
+          out[stride * (1 + c)] = gradient_scale * (dang[c] * radial + ang * dradial * d[c]);
       }
     }
   }

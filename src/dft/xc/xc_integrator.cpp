@@ -1,7 +1,7 @@
 #include "dft/xc/xc_integrator.h"
 
 #include <algorithm>
-#include <array>
+#include <cstring>
 #include <vector>
 
 #include "dft/grid/molecular_grid.h"
@@ -15,58 +15,103 @@ using linalg::ConstMatrixView;
 using linalg::MatrixView;
 using linalg::Op;
 
-// Points per batch and basis functions per column block of the matrix: the
-// batch's (batch × nbasis) tables stay in the cache while they are multiplied.
-constexpr std::ptrdiff_t kBatch = 256;
-constexpr std::ptrdiff_t kColumns = 32;
+constexpr std::ptrdiff_t kBatch = kGridBatch;
+// The matrix is summed over this many runs of consecutive batches, whatever
+// the thread count: enough runs to keep the threads busy, few enough that
+// their partial matrices stay small.
+constexpr std::ptrdiff_t kRuns = 16;
 
-// The four tables (value, x, y, z) of points [p0, p0 + nb) and functions
-// [f0, f0 + nf), each (nb × nf) column-major in `out` (4·nb·nf doubles).
-void gather(const GridBasis& g, std::ptrdiff_t p0, std::ptrdiff_t nb, std::ptrdiff_t f0,
-            std::ptrdiff_t nf, std::vector<double>& out) {
-  out.resize(4 * static_cast<std::size_t>(nb * nf));
-  const std::size_t block = static_cast<std::size_t>(nb * nf);
-  for (std::ptrdiff_t f = 0; f < nf; ++f) {
-    const double* src =
-        g.chi.data() + 4 * (static_cast<std::size_t>(p0) +
-                            static_cast<std::size_t>(g.npts) * static_cast<std::size_t>(f0 + f));
+std::size_t size(std::ptrdiff_t n) {
+  return static_cast<std::size_t>(n);
+}
+
+// The four (nb × n) tables (value, x, y, z) of the batch at p0: in place for
+// the batch layout, gathered into `scratch` for the point layout.
+const double* batch_tables(const GridBasis& g, std::ptrdiff_t p0, std::ptrdiff_t nb,
+                           std::vector<double>& scratch) {
+  const std::ptrdiff_t n = g.nbasis;
+  if (g.layout == TableLayout::by_batch) return g.chi.data() + 4 * size(n) * size(p0);
+  scratch.resize(4 * size(nb * n));
+  const std::size_t block = size(nb * n);
+  for (std::ptrdiff_t f = 0; f < n; ++f) {
+    const double* src = g.chi.data() + 4 * (size(p0) + size(g.npts) * size(f));
     for (std::ptrdiff_t p = 0; p < nb; ++p) {
-      const std::size_t at = static_cast<std::size_t>(p + nb * f);
-      for (std::size_t c = 0; c < 4; ++c) out[c * block + at] = src[4 * p + c];
+      for (std::size_t c = 0; c < 4; ++c) scratch[c * block + size(p + nb * f)] = src[4 * p + c];
     }
   }
+  return scratch.data();
+}
+
+// The spins agree bit for bit: a closed shell, computed once.
+bool same_blocks(const double* a, const double* b, std::size_t count) {
+  return std::memcmp(a, b, count * sizeof(double)) == 0;
+}
+
+bool closed_shell_points(std::span<const double> rho, std::span<const double> v) {
+  const std::size_t npts = rho.size() / 8;
+  for (std::size_t p = 0; p < npts; ++p) {
+    const double* r = rho.data() + 8 * p;
+    const double* vp = v.data() + 5 * p;
+    if (r[0] != r[1] || r[2] != r[5] || r[3] != r[6] || r[4] != r[7] || vp[0] != vp[1] ||
+        vp[2] != vp[3]) {
+      return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace
 
+std::size_t table_index(TableLayout layout, int npts, int nbasis, int p, int f, int c) {
+  if (layout == TableLayout::by_point) {
+    return 4 * (size(p) + size(npts) * size(f)) + size(c);
+  }
+  const std::ptrdiff_t p0 = (p / kBatch) * kBatch;
+  const std::ptrdiff_t nb = std::min<std::ptrdiff_t>(kBatch, npts - p0);
+  return 4 * size(nbasis) * size(p0) + size(c) * size(nb * nbasis) + size(p - p0 + nb * f);
+}
+
 void density_on_grid(const GridBasis& g, std::span<const double> density, std::span<double> rho) {
   const std::ptrdiff_t n = g.nbasis;
-  const std::size_t nn = static_cast<std::size_t>(n * n);
+  const std::size_t nn = size(n * n);
   const std::ptrdiff_t nbatch = (g.npts + kBatch - 1) / kBatch;
+  const bool closed = same_blocks(density.data(), density.data() + nn, nn);
+  const std::size_t nspin = closed ? 1 : 2;
 #pragma omp parallel
   {
-    std::vector<double> x, t(static_cast<std::size_t>(kBatch * n));
+    std::vector<double> scratch, t(size(kBatch * n)), sum(4 * size(kBatch));
 #pragma omp for schedule(dynamic)
     for (std::ptrdiff_t b = 0; b < nbatch; ++b) {
       const std::ptrdiff_t p0 = b * kBatch, nb = std::min(kBatch, g.npts - p0);
-      gather(g, p0, nb, 0, n, x);
-      const std::size_t block = static_cast<std::size_t>(nb * n);
-      ConstMatrixView x0(x.data(), nb, n, nb);
-      MatrixView tv(t.data(), nb, n, nb);
-      for (std::size_t spin = 0; spin < 2; ++spin) {
+      const double* x = batch_tables(g, p0, nb, scratch);
+      const std::size_t block = size(nb * n);
+      for (std::size_t spin = 0; spin < nspin; ++spin) {
         // T = X·Pσ, then ρ = Σ_μ T χμ and ∇ρ = 2 Σ_μ T ∇χμ (P symmetric).
-        linalg::gemm(Op::none, Op::none, 1.0, x0,
-                     ConstMatrixView(density.data() + spin * nn, n, n, n), 0.0, tv);
-        for (std::ptrdiff_t p = 0; p < nb; ++p) {
-          std::array<double, 4> sum{};
-          for (std::ptrdiff_t f = 0; f < n; ++f) {
-            const double tpf = t[static_cast<std::size_t>(p + nb * f)];
-            for (std::size_t c = 0; c < 4; ++c)
-              sum[c] += tpf * x[c * block + static_cast<std::size_t>(p + nb * f)];
+        linalg::gemm(Op::none, Op::none, 1.0, ConstMatrixView(x, nb, n, nb),
+                     ConstMatrixView(density.data() + spin * nn, n, n, n), 0.0,
+                     MatrixView(t.data(), nb, n, nb));
+        std::fill(sum.begin(), sum.end(), 0.0);
+        for (std::ptrdiff_t f = 0; f < n; ++f) {
+          const double* tf = t.data() + size(nb * f);
+          for (std::size_t c = 0; c < 4; ++c) {
+            const double* xf = x + c * block + size(nb * f);
+            double* s = sum.data() + c * size(kBatch);
+            for (std::ptrdiff_t p = 0; p < nb; ++p) s[p] += tf[p] * xf[p];
           }
-          double* out = rho.data() + 8 * static_cast<std::size_t>(p0 + p);
-          out[spin] = sum[0];
-          for (std::size_t c = 0; c < 3; ++c) out[2 + 3 * spin + c] = 2.0 * sum[1 + c];
+        }
+        for (std::ptrdiff_t p = 0; p < nb; ++p) {
+          double* out = rho.data() + 8 * size(p0 + p);
+          out[spin] = sum[size(p)];
+          for (std::size_t c = 0; c < 3; ++c) {
+            out[2 + 3 * spin + c] = 2.0 * sum[(1 + c) * size(kBatch) + size(p)];
+          }
+        }
+      }
+      if (closed) {
+        for (std::ptrdiff_t p = 0; p < nb; ++p) {
+          double* out = rho.data() + 8 * size(p0 + p);
+          out[1] = out[0];
+          for (std::size_t c = 0; c < 3; ++c) out[5 + c] = out[2 + c];
         }
       }
     }
@@ -76,52 +121,71 @@ void density_on_grid(const GridBasis& g, std::span<const double> density, std::s
 void xc_matrix(const GridBasis& g, std::span<const double> rho, std::span<const double> v,
                std::span<double> matrix) {
   const std::ptrdiff_t n = g.nbasis;
-  const std::size_t nn = static_cast<std::size_t>(n * n);
+  const std::size_t nn = size(n * n);
   const std::ptrdiff_t nbatch = (g.npts + kBatch - 1) / kBatch;
-  const std::ptrdiff_t nblock = (n + kColumns - 1) / kColumns;
-  // M_σ = X0ᵀ Zσ with Zσ(p, ν) = w_p (½ vρσ χν + gσ·∇χν), then Vσ = Mσ + Mσᵀ.
-  std::vector<double> m(2 * nn, 0.0);
+  const std::ptrdiff_t nrun = std::min(kRuns, nbatch);
+  const bool closed = closed_shell_points(rho, v);
+  const std::size_t nspin = closed ? 1 : 2;
+  // M_σ = X0ᵀ Zσ with Zσ(p, ν) = w_p (½ vρσ χν + gσ·∇χν), summed per run of
+  // batches; then Vσ = Mσ + Mσᵀ.
+  std::vector<double> m(size(nrun) * nspin * nn, 0.0);
 #pragma omp parallel
   {
-    std::vector<double> x, xc, z(static_cast<std::size_t>(2 * kBatch * kColumns));
+    std::vector<double> scratch, z(size(kBatch * n)), coef(4 * size(kBatch));
 #pragma omp for schedule(dynamic)
-    for (std::ptrdiff_t cb = 0; cb < nblock; ++cb) {
-      const std::ptrdiff_t f0 = cb * kColumns, nf = std::min(kColumns, n - f0);
-      for (std::ptrdiff_t b = 0; b < nbatch; ++b) {
+    for (std::ptrdiff_t run = 0; run < nrun; ++run) {
+      double* mrun = m.data() + size(run) * nspin * nn;
+      for (std::ptrdiff_t b = run * nbatch / nrun; b < (run + 1) * nbatch / nrun; ++b) {
         const std::ptrdiff_t p0 = b * kBatch, nb = std::min(kBatch, g.npts - p0);
-        gather(g, p0, nb, 0, n, x);
-        gather(g, p0, nb, f0, nf, xc);
-        const std::size_t cblock = static_cast<std::size_t>(nb * nf);
-        for (std::size_t spin = 0; spin < 2; ++spin) {
-          double* zs = z.data() + spin * cblock;
+        const double* x = batch_tables(g, p0, nb, scratch);
+        const std::size_t block = size(nb * n);
+        for (std::size_t spin = 0; spin < nspin; ++spin) {
+          // Per point: w·½vρσ and w·(2 vγσσ ∇ρσ + vγαβ ∇ρσ′).
           for (std::ptrdiff_t p = 0; p < nb; ++p) {
-            const double* r = rho.data() + 8 * static_cast<std::size_t>(p0 + p);
-            const double* vp = v.data() + 5 * static_cast<std::size_t>(p0 + p);
-            const double w = g.weights[static_cast<std::size_t>(p0 + p)];
+            const double* r = rho.data() + 8 * size(p0 + p);
+            const double* vp = v.data() + 5 * size(p0 + p);
+            const double w = g.weights[size(p0 + p)];
             const double* own = r + 2 + 3 * spin;
             const double* other = r + 2 + 3 * (1 - spin);
-            std::array<double, 3> grad;
-            for (std::size_t c = 0; c < 3; ++c)
-              grad[c] = 2.0 * vp[2 + spin] * own[c] + vp[4] * other[c];
-            for (std::ptrdiff_t f = 0; f < nf; ++f) {
-              const std::size_t at = static_cast<std::size_t>(p + nb * f);
-              zs[at] = w * (0.5 * vp[spin] * xc[at] + grad[0] * xc[cblock + at] +
-                            grad[1] * xc[2 * cblock + at] + grad[2] * xc[3 * cblock + at]);
+            coef[size(p)] = w * 0.5 * vp[spin];
+            for (std::size_t c = 0; c < 3; ++c) {
+              coef[(1 + c) * size(kBatch) + size(p)] =
+                  w * (2.0 * vp[2 + spin] * own[c] + vp[4] * other[c]);
             }
           }
-          linalg::gemm(
-              Op::transpose, Op::none, 1.0, ConstMatrixView(x.data(), nb, n, nb),
-              ConstMatrixView(zs, nb, nf, nb), 1.0,
-              MatrixView(m.data() + spin * nn + static_cast<std::size_t>(f0 * n), n, nf, n));
+          for (std::ptrdiff_t f = 0; f < n; ++f) {
+            double* zf = z.data() + size(nb * f);
+            const double* x0 = x + size(nb * f);
+            const double* x1 = x0 + block;
+            const double* x2 = x1 + block;
+            const double* x3 = x2 + block;
+            const double* c0 = coef.data();
+            const double* c1 = c0 + kBatch;
+            const double* c2 = c1 + kBatch;
+            const double* c3 = c2 + kBatch;
+            for (std::ptrdiff_t p = 0; p < nb; ++p) {
+              zf[p] = c0[p] * x0[p] + c1[p] * x1[p] + c2[p] * x2[p] + c3[p] * x3[p];
+            }
+          }
+          linalg::gemm(Op::transpose, Op::none, 1.0, ConstMatrixView(x, nb, n, nb),
+                       ConstMatrixView(z.data(), nb, n, nb), 1.0,
+                       MatrixView(mrun + spin * nn, n, n, n));
         }
       }
     }
   }
   for (std::size_t spin = 0; spin < 2; ++spin) {
-    const double* ms = m.data() + spin * nn;
+    const std::size_t from = closed ? 0 : spin;
     double* vs = matrix.data() + spin * nn;
     for (std::ptrdiff_t j = 0; j < n; ++j) {
-      for (std::ptrdiff_t i = 0; i < n; ++i) vs[i + n * j] = ms[i + n * j] + ms[j + n * i];
+      for (std::ptrdiff_t i = 0; i < n; ++i) {
+        double sum = 0.0;
+        for (std::ptrdiff_t run = 0; run < nrun; ++run) {
+          const double* ms = m.data() + (size(run) * nspin + from) * nn;
+          sum += ms[size(i + n * j)] + ms[size(j + n * i)];
+        }
+        vs[size(i + n * j)] = sum;
+      }
     }
   }
 }
