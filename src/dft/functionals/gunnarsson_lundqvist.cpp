@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "dft/functionals/batch.h"
-#include "dft/functionals/spin_interpolation.h"
+#include "dft/functionals/rs_correlation.h"
 
 namespace norvik::dft::gunnarsson_lundqvist {
 
@@ -16,9 +16,6 @@ struct Parameters {
 };
 constexpr Parameters kParamagnetic{0.0666, 11.4};
 constexpr Parameters kFerromagnetic{0.0406, 15.9};
-
-// Total density [bohr⁻³] below which the functional is zero.
-constexpr double kDensityThreshold = 1e-50;
 
 // Where the series takes over, and its length: at y = 4 the first neglected
 // terms are below 1e-18 of G and of G'.
@@ -37,46 +34,15 @@ constexpr auto kSeries = [] {
   return c;
 }();
 
-struct Value {
-  double e, de;  // ε and dε/dr_s
-};
-
-Value correlation(const Parameters& p, double rs) {
+RsValue correlation(const Parameters& p, double rs) {
   const Shape s = shape(rs / p.r);
   return {-p.c * s.g, -p.c * s.dg / p.r};
 }
 
-double wigner_seitz_radius(double rho_au) {
-  return std::cbrt(units::kThreeOverFourPi / rho_au);
-}
-
-double energy(SpinDensities r) {
-  const double ra = r.a * units::kBohr3;
-  const double rb = r.b * units::kBohr3;
-  if (ra + rb < kDensityThreshold) return 0.0;
-  const double rs = wigner_seitz_radius(ra + rb);
-  const double f = spin_interpolation(ra, rb).f();
-  const double eps =
-      (1.0 - f) * correlation(kParamagnetic, rs).e + f * correlation(kFerromagnetic, rs).e;
-  return eps * (r.a + r.b) * units::kRydberg;
-}
-
-// ∂e/∂ρσ = ε − (r_s/3) ∂ε/∂r_s ± (1 ∓ ζ) ∂ε/∂ζ.
-Potential potential(SpinDensities r) {
-  const double ra = r.a * units::kBohr3;
-  const double rb = r.b * units::kBohr3;
-  if (ra + rb < kDensityThreshold) return {};
-  const double rs = wigner_seitz_radius(ra + rb);
-  const SpinInterpolation s = spin_interpolation(ra, rb);
-  const double f = s.f();
-  const Value p = correlation(kParamagnetic, rs);
-  const Value q = correlation(kFerromagnetic, rs);
-  const double eps = (1.0 - f) * p.e + f * q.e;
-  const double common = eps - rs / 3.0 * ((1.0 - f) * p.de + f * q.de);
-  const double dz = (q.e - p.e) * s.df();
-  return {(common + (1.0 - s.zeta) * dz) * units::kRydberg,
-          (common - (1.0 + s.zeta) * dz) * units::kRydberg, 0.0, 0.0, 0.0};
-}
+// The two fits, the unpolarised gas first.
+constexpr auto kFit = [](int gas, double rs) {
+  return correlation(gas == 0 ? kParamagnetic : kFerromagnetic, rs);
+};
 
 }  // namespace
 
@@ -97,13 +63,15 @@ Shape shape(double y) {
 }
 
 void add_energies(std::span<const double> records, double weight, std::span<double> energies) {
-  batch::add_energies(records, weight, energies,
-                      [](const double* p) { return energy(densities_of(p)); });
+  batch::add_energies(records, weight, energies, [](const double* p) {
+    return rs_correlation_energy(densities_of(p), kFit, units::kRydberg);
+  });
 }
 
 void add_potentials(std::span<const double> records, double weight, std::span<double> potentials) {
-  batch::add_potentials(records, weight, potentials,
-                        [](const double* p) { return potential(densities_of(p)); });
+  batch::add_potentials(records, weight, potentials, [](const double* p) {
+    return rs_correlation_potential(densities_of(p), kFit, units::kRydberg);
+  });
 }
 
 }  // namespace norvik::dft::gunnarsson_lundqvist

@@ -21,9 +21,6 @@ constexpr VwnParameters kStiffness{-0.0047584, -0.033773728, 1.13107, 13.0045};
 constexpr double kOverCurvature = 1.125;
 constexpr double kPolarisedRatio = 0.5848223622634647;
 
-// Total density [bohr⁻³] below which the functional is zero.
-constexpr double kDensityThreshold = 1e-50;
-
 // g = f/f''(0) and its derivatives in ζ.
 struct StiffnessWeight {
   double g, dg, d2g;
@@ -37,7 +34,7 @@ StiffnessWeight stiffness_weight(const SpinInterpolation& s) {
 double energy(SpinDensities r) {
   const double ra = r.a * units::kBohr3;
   const double rb = r.b * units::kBohr3;
-  if (ra + rb < kDensityThreshold) return 0.0;
+  if (ra + rb < kVwnDensityThreshold) return 0.0;
   const double x = vwn_x(ra + rb);
   const SpinInterpolation s = spin_interpolation(ra, rb);
   const double z4 = s.zeta * s.zeta * s.zeta * s.zeta;
@@ -85,23 +82,10 @@ VwnDerivatives derivatives(double x, const SpinInterpolation& s, bool second) {
   return d;
 }
 
-Potential potential(SpinDensities r) {
-  const double ra = r.a * units::kBohr3;
-  const double rb = r.b * units::kBohr3;
-  if (ra + rb < kDensityThreshold) return {};
-  const double x = vwn_x(ra + rb);
-  const SpinInterpolation s = spin_interpolation(ra, rb);
-  return vwn_potential(derivatives(x, s, false), x, s.zeta);
-}
-
-Kernel kernel(SpinDensities r) {
-  const double ra = r.a * units::kBohr3;
-  const double rb = r.b * units::kBohr3;
-  if (ra + rb < kDensityThreshold) return {};
-  const double x = vwn_x(ra + rb);
-  const SpinInterpolation s = spin_interpolation(ra, rb);
-  return vwn_kernel(derivatives(x, s, true), x, s.zeta, r.a + r.b);
-}
+// The derivatives as a value the batch loops inline.
+constexpr auto kDerivatives = [](double x, const SpinInterpolation& s, bool second) {
+  return derivatives(x, s, second);
+};
 
 }  // namespace
 
@@ -111,13 +95,15 @@ void add_energies(std::span<const double> records, double weight, std::span<doub
 }
 
 void add_potentials(std::span<const double> records, double weight, std::span<double> potentials) {
-  batch::add_potentials(records, weight, potentials,
-                        [](const double* p) { return potential(densities_of(p)); });
+  batch::add_potentials(records, weight, potentials, [](const double* p) {
+    return vwn_point_potential(densities_of(p), kDerivatives);
+  });
 }
 
 void add_kernels(std::span<const double> records, double weight, std::span<double> kernels) {
-  batch::add_kernels(records, weight, kernels,
-                     [](const double* p) { return kernel(densities_of(p)); });
+  batch::add_kernels(records, weight, kernels, [](const double* p) {
+    return vwn_point_kernel(densities_of(p), kDerivatives);
+  });
 }
 
 }  // namespace norvik::dft::vwn5

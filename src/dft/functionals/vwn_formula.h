@@ -12,6 +12,7 @@
 #include <cmath>
 
 #include "dft/functionals/point.h"
+#include "dft/functionals/spin_interpolation.h"
 
 namespace norvik::dft {
 
@@ -101,6 +102,31 @@ inline Kernel vwn_kernel(const VwnDerivatives& d, double x, double zeta, double 
   return {(common - x / 3.0 * omz * d.exz + omz * omz * d.ezz) * scale,
           (common + x / 3.0 * opz * d.exz + opz * opz * d.ezz) * scale,
           (common + x / 3.0 * zeta * d.exz - omz * opz * d.ezz) * scale};
+}
+
+// Total density [bohr⁻³] below which a VWN form is zero.
+inline constexpr double kVwnDensityThreshold = 1e-50;
+
+// The potential and the kernel of a VWN form at a point, from its
+// derivatives(x, spin interpolation, with second derivatives) → VwnDerivatives.
+template <class Derivatives>
+Potential vwn_point_potential(SpinDensities r, Derivatives derivatives) {
+  const double ra = r.a * units::kBohr3;
+  const double rb = r.b * units::kBohr3;
+  if (ra + rb < kVwnDensityThreshold) return {};
+  const double x = vwn_x(ra + rb);
+  const SpinInterpolation s = spin_interpolation(ra, rb);
+  return vwn_potential(derivatives(x, s, false), x, s.zeta);
+}
+
+template <class Derivatives>
+Kernel vwn_point_kernel(SpinDensities r, Derivatives derivatives) {
+  const double ra = r.a * units::kBohr3;
+  const double rb = r.b * units::kBohr3;
+  if (ra + rb < kVwnDensityThreshold) return {};
+  const double x = vwn_x(ra + rb);
+  const SpinInterpolation s = spin_interpolation(ra, rb);
+  return vwn_kernel(derivatives(x, s, true), x, s.zeta, r.a + r.b);
 }
 
 }  // namespace norvik::dft
