@@ -162,11 +162,17 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
                                 const PointSettings& settings, std::span<double> rho,
                                 std::span<double> orbitals, const PointHooks& hooks,
                                 std::span<double> overlap) {
-  // The basis table on the grid shares the memory limit with the store.
+  // The basis table on the grid comes out of the memory limit first, and the
+  // store gets the rest; a table larger than the whole limit is not kept
+  // (each batch's values are computed in every cycle) and leaves the limit to
+  // the store.
   JobControl limits = job;
+  bool keep_table = true;
   if (settings.kohn_sham) {
     const int npts = dft::grid_point_count(molecule.elements, settings.kohn_sham->grid_level);
-    limits.memory_gb -= memory::kohn_sham_grid_gb(npts, basis.nbasis());
+    const double table_gb = memory::kohn_sham_grid_gb(npts, basis.nbasis());
+    keep_table = table_gb <= job.memory_gb;
+    if (keep_table) limits.memory_gb -= table_gb;
   }
   const PreparedSystem p = prepare_system(basis, molecule.positions, molecule.charges, limits);
   const std::size_t nn = square(p.n);
@@ -208,10 +214,17 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
     result.hf_cycles = r.cycles;
     const dft::Grid grid =
         dft::make_grid(molecule.elements, molecule.positions, ks.grid_radius, ks.grid_level);
-    std::vector<double> chi(dft::basis_table_size(grid.size(), p.n));
-    dft::basis_on_grid(basis, molecule.positions, grid.points, chi, dft::TableLayout::by_batch);
-    KohnShamBuilder builder(system.context, system.build, ks.functional,
-                            {grid.size(), p.n, grid.weights, chi, dft::TableLayout::by_batch});
+    const dft::BasisEvaluator evaluator(basis, molecule.positions);
+    std::vector<double> chi;
+    dft::GridBasis on_grid{grid.size(), p.n,        grid.weights, {}, dft::TableLayout::computed,
+                           &evaluator,  grid.points};
+    if (keep_table) {
+      chi.resize(dft::basis_table_size(grid.size(), p.n));
+      dft::basis_on_grid(basis, molecule.positions, grid.points, chi, dft::TableLayout::by_batch);
+      on_grid.chi = chi;
+      on_grid.layout = dft::TableLayout::by_batch;
+    }
+    KohnShamBuilder builder(system.context, system.build, ks.functional, on_grid);
     StartSettings from_hf;
     from_hf.policy = StartPolicy::current;
     from_hf.counts = settings.counts;

@@ -28,14 +28,6 @@ void monomial(double x, int n, double& value, double& derivative) {
   derivative = n == 0 ? 0.0 : n * power(x, n - 1);
 }
 
-struct PlannedShell {
-  const basis::Shell* shell;
-  std::array<double, 3> centre;  // bohr
-  int offset;                    // first function
-  // Contraction weights per function and primitive, d_k / N(α_k, L).
-  std::array<std::array<double, basis::kMaxPrimitives>, basis::kMaxFunctionsPerShell> weight;
-};
-
 }  // namespace
 
 std::size_t basis_table_size(int npts, int nbasis) {
@@ -43,14 +35,9 @@ std::size_t basis_table_size(int npts, int nbasis) {
          static_cast<std::size_t>(nbasis > 0 ? nbasis : 0);
 }
 
-void basis_on_grid(const basis::BasisSet& basis, std::span<const double> positions,
-                   std::span<const double> points, std::span<double> chi, TableLayout layout) {
+BasisEvaluator::BasisEvaluator(const basis::BasisSet& basis, std::span<const double> positions)
+    : nbasis_(basis.nbasis()) {
   const double bohr = constants::kBohrAngstrom;
-  const auto npts = static_cast<std::ptrdiff_t>(points.size() / 3);
-  if (chi.size() < basis_table_size(static_cast<int>(npts), basis.nbasis())) {
-    throw std::logic_error("basis table smaller than the grid and basis need");
-  }
-  std::vector<PlannedShell> plan;
   int offset = 0;
   for (const basis::Shell& s : basis.shells) {
     PlannedShell p{&s, {}, offset, {}};
@@ -65,17 +52,80 @@ void basis_on_grid(const basis::BasisSet& basis, std::span<const double> positio
       }
     }
     offset += s.kind;
-    plan.push_back(p);
+    plan_.push_back(p);
   }
+}
+
+void BasisEvaluator::at_point(const std::array<double, 3>& point, double* out_base,
+                              std::size_t first, std::size_t step, std::size_t stride) const {
+  const double bohr = constants::kBohrAngstrom;
   // Values per Å^(3/2), gradients per Å^(5/2).
   const double value_scale = 1.0 / (bohr * std::sqrt(bohr));
   const double gradient_scale = value_scale / bohr;
+  const std::array<double, 3> r{point[0] / bohr, point[1] / bohr, point[2] / bohr};
+  for (const PlannedShell& ps : plan_) {
+    const basis::Shell& s = *ps.shell;
+    const std::array<double, 3> d{r[0] - ps.centre[0], r[1] - ps.centre[1], r[2] - ps.centre[2]};
+    const double r2 = d[0] * d[0] + d[1] * d[1] + d[2] * d[2];
+    std::array<double, basis::kMaxPrimitives> e{}, de{};
+    for (int k = 0; k < s.nprim; ++k) {
+      const double alpha = s.exponents[static_cast<std::size_t>(k)];
+      const double x = alpha * r2;
+      e[static_cast<std::size_t>(k)] = x > kExponentCutoff ? 0.0 : std::exp(-x);
+      de[static_cast<std::size_t>(k)] = -2.0 * alpha * e[static_cast<std::size_t>(k)];
+    }
+    for (int f = 0; f < s.kind; ++f) {
+      const basis::Function& fn = s.functions[static_cast<std::size_t>(f)];
+      const auto& w = ps.weight[static_cast<std::size_t>(f)];
+      double radial = 0.0, dradial = 0.0;
+      for (int k = 0; k < s.nprim; ++k) {
+        radial += w[static_cast<std::size_t>(k)] * e[static_cast<std::size_t>(k)];
+        dradial += w[static_cast<std::size_t>(k)] * de[static_cast<std::size_t>(k)];
+      }
+      // The angular polynomial Σ_t c_t x^l y^m z^n and its gradient.
+      double ang = 0.0;
+      std::array<double, 3> dang{};
+      for (int t = 0; t < fn.nterm; ++t) {
+        const auto& lmn = fn.lmn[static_cast<std::size_t>(t)];
+        std::array<double, 3> v, dv;
+        for (std::size_t c = 0; c < 3; ++c) monomial(d[c], lmn[c], v[c], dv[c]);
+        const double ct = fn.term_coef[static_cast<std::size_t>(t)];
+        ang += ct * v[0] * v[1] * v[2];
+        dang[0] += ct * dv[0] * v[1] * v[2];
+        dang[1] += ct * v[0] * dv[1] * v[2];
+        dang[2] += ct * v[0] * v[1] * dv[2];
+      }
+      double* out = out_base + first + step * static_cast<std::size_t>(ps.offset + f);
+      out[0] = value_scale * ang * radial;
+      for (std::size_t c = 0; c < 3; ++c)
+        out[stride * (1 + c)] = gradient_scale * (dang[c] * radial + ang * dradial * d[c]);
+    }
+  }
+}
 
+void BasisEvaluator::batch(std::span<const double> points, std::ptrdiff_t p0, std::ptrdiff_t nb,
+                           std::span<double> out) const {
+  const auto unb = static_cast<std::size_t>(nb);
+  for (std::size_t p = 0; p < unb; ++p) {
+    const std::size_t at = 3 * (static_cast<std::size_t>(p0) + p);
+    at_point({points[at], points[at + 1], points[at + 2]}, out.data(), p, unb,
+             unb * static_cast<std::size_t>(nbasis_));
+  }
+}
+
+void basis_on_grid(const basis::BasisSet& basis, std::span<const double> positions,
+                   std::span<const double> points, std::span<double> chi, TableLayout layout) {
+  const auto npts = static_cast<std::ptrdiff_t>(points.size() / 3);
+  if (chi.size() < basis_table_size(static_cast<int>(npts), basis.nbasis())) {
+    throw std::logic_error("basis table smaller than the grid and basis need");
+  }
+  const BasisEvaluator evaluator(basis, positions);
+  const auto nbasis = static_cast<std::size_t>(basis.nbasis());
 #pragma omp parallel for schedule(static)
   for (std::ptrdiff_t p = 0; p < npts; ++p) {
     const auto up = static_cast<std::size_t>(p);
-    // Where function f's four numbers at this point go: base + stride·c.
-    const auto nbasis = static_cast<std::size_t>(basis.nbasis());
+    // Where function f's four numbers at this point go: first + step·f, the
+    // derivatives stride after stride.
     std::size_t first = 4 * up, step = 4 * static_cast<std::size_t>(npts), stride = 1;
     if (layout == TableLayout::by_batch) {
       const std::ptrdiff_t p0 = (p / kGridBatch) * kGridBatch;
@@ -84,46 +134,8 @@ void basis_on_grid(const basis::BasisSet& basis, std::span<const double> positio
       step = nb;
       stride = nb * nbasis;
     }
-    const std::array<double, 3> r{points[3 * up] / bohr, points[3 * up + 1] / bohr,
-                                  points[3 * up + 2] / bohr};
-    for (const PlannedShell& ps : plan) {
-      const basis::Shell& s = *ps.shell;
-      const std::array<double, 3> d{r[0] - ps.centre[0], r[1] - ps.centre[1], r[2] - ps.centre[2]};
-      const double r2 = d[0] * d[0] + d[1] * d[1] + d[2] * d[2];
-      std::array<double, basis::kMaxPrimitives> e{}, de{};
-      for (int k = 0; k < s.nprim; ++k) {
-        const double alpha = s.exponents[static_cast<std::size_t>(k)];
-        const double x = alpha * r2;
-        e[static_cast<std::size_t>(k)] = x > kExponentCutoff ? 0.0 : std::exp(-x);
-        de[static_cast<std::size_t>(k)] = -2.0 * alpha * e[static_cast<std::size_t>(k)];
-      }
-      for (int f = 0; f < s.kind; ++f) {
-        const basis::Function& fn = s.functions[static_cast<std::size_t>(f)];
-        const auto& w = ps.weight[static_cast<std::size_t>(f)];
-        double radial = 0.0, dradial = 0.0;
-        for (int k = 0; k < s.nprim; ++k) {
-          radial += w[static_cast<std::size_t>(k)] * e[static_cast<std::size_t>(k)];
-          dradial += w[static_cast<std::size_t>(k)] * de[static_cast<std::size_t>(k)];
-        }
-        // The angular polynomial Σ_t c_t x^l y^m z^n and its gradient.
-        double ang = 0.0;
-        std::array<double, 3> dang{};
-        for (int t = 0; t < fn.nterm; ++t) {
-          const auto& lmn = fn.lmn[static_cast<std::size_t>(t)];
-          std::array<double, 3> v, dv;
-          for (std::size_t c = 0; c < 3; ++c) monomial(d[c], lmn[c], v[c], dv[c]);
-          const double ct = fn.term_coef[static_cast<std::size_t>(t)];
-          ang += ct * v[0] * v[1] * v[2];
-          dang[0] += ct * dv[0] * v[1] * v[2];
-          dang[1] += ct * v[0] * dv[1] * v[2];
-          dang[2] += ct * v[0] * v[1] * dv[2];
-        }
-        double* out = chi.data() + first + step * static_cast<std::size_t>(ps.offset + f);
-        out[0] = value_scale * ang * radial;
-        for (std::size_t c = 0; c < 3; ++c)
-          out[stride * (1 + c)] = gradient_scale * (dang[c] * radial + ang * dradial * d[c]);
-      }
-    }
+    evaluator.at_point({points[3 * up], points[3 * up + 1], points[3 * up + 2]}, chi.data(), first,
+                       step, stride);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "dft/grid/molecular_grid.h"
+#include "dft/xc/basis_values.h"
 #include "linalg/kernels.h"
 
 namespace norvik::dft {
@@ -26,12 +27,17 @@ std::size_t size(std::ptrdiff_t n) {
 }
 
 // The four (nb × n) tables (value, x, y, z) of the batch at p0: in place for
-// the batch layout, gathered into `scratch` for the point layout.
+// the batch layout, gathered into `scratch` for the point layout, evaluated
+// into it when there is no table.
 const double* batch_tables(const GridBasis& g, std::ptrdiff_t p0, std::ptrdiff_t nb,
                            std::vector<double>& scratch) {
   const std::ptrdiff_t n = g.nbasis;
   if (g.layout == TableLayout::by_batch) return g.chi.data() + 4 * size(n) * size(p0);
   scratch.resize(4 * size(nb * n));
+  if (g.layout == TableLayout::computed) {
+    g.evaluator->batch(g.points, p0, nb, scratch);
+    return scratch.data();
+  }
   const std::size_t block = size(nb * n);
   for (std::ptrdiff_t f = 0; f < n; ++f) {
     const double* src = g.chi.data() + 4 * (size(p0) + size(g.npts) * size(f));

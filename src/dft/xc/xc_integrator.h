@@ -29,18 +29,26 @@ inline constexpr int kGridBatch = 256;
 //  - by_batch: batch after batch of kGridBatch points (the last one shorter);
 //    batch b of nb points starting at p0 holds four (nb, nbasis) column-major
 //    tables, value, x, y, z, from 4·nbasis·p0 on — what the products read
-//    directly.
-enum class TableLayout { by_point, by_batch };
+//    directly;
+//  - computed: no table; each batch's tables are evaluated when a product
+//    needs them (from `evaluator` at `points`), for grids whose table would
+//    not fit in memory.
+enum class TableLayout { by_point, by_batch, computed };
+
+class BasisEvaluator;
 
 struct GridBasis {
   int npts = 0;
   int nbasis = 0;
   std::span<const double> weights;  // (npts)
-  std::span<const double> chi;      // 4·npts·nbasis, laid out as `layout`
+  std::span<const double> chi;      // 4·npts·nbasis, laid out as `layout` (none: computed)
   TableLayout layout = TableLayout::by_point;
+  const BasisEvaluator* evaluator = nullptr;  // computed: the basis
+  std::span<const double> points;             // computed: (3, npts) Å
 };
 
-// Index of the value (c = 0) or derivative c of function f at point p.
+// Index of the value (c = 0) or derivative c of function f at point p (the
+// two table layouts).
 std::size_t table_index(TableLayout layout, int npts, int nbasis, int p, int f, int c);
 
 // ρσ = Σ_μν Pσ_μν χμ χν and ∇ρσ = Σ_μν Pσ_μν (∇χμ χν + χμ ∇χν) at every point.
