@@ -73,10 +73,16 @@ foreach(row IN LISTS ks_rows)
             -DPAR=${job_data}/tight_ks.par -DWORKDIR=${CMAKE_CURRENT_BINARY_DIR}/jobs/ks_${name}
             -DEXPECT=${energy} -DTOL=${tol} -DTHEORY=${functional}
             -P ${CMAKE_CURRENT_LIST_DIR}/run_job.cmake)
+  # On the dense grid the odd π electron of these radicals turns about the bond
+  # at no cost: the energy is steady, the density change is not (docs/grid.md).
+  set(dense_extra)
+  if(name MATCHES "^(oh_6-31Gx_BOP|sh_6-31Gx_BLYP|sh_6-31Gx_B3LYP3)$")
+    set(dense_extra -DALLOW_UNCONVERGED=ON)
+  endif()
   add_test(NAME job.ks_dense.${name}
     COMMAND ${CMAKE_COMMAND} -DNORVIK=$<TARGET_FILE:norvik_host> -DMOL=${ref_data}/${mol}
             -DPAR=${job_data}/tight_ks.par -DWORKDIR=${CMAKE_CURRENT_BINARY_DIR}/jobs/ksd_${name}
-            -DEXPECT=${energy} -DTOL=0.000001 -DTHEORY=${functional} -DGRID=dense
+            -DEXPECT=${energy} -DTOL=0.000001 -DTHEORY=${functional} -DGRID=dense ${dense_extra}
             -P ${CMAKE_CURRENT_LIST_DIR}/run_job.cmake)
   foreach(test job.ks.${name} job.ks_dense.${name})
     set_tests_properties(${test} PROPERTIES ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
@@ -90,4 +96,5 @@ foreach(row IN LISTS ks_rows)
       set_tests_properties(${test} PROPERTIES DISABLED TRUE)
     endif()
   endforeach()
+
 endforeach()

@@ -75,17 +75,6 @@ constexpr int dense_shell_count(int z) {
 constexpr std::array<DenseRegion, 6> kDenseRegions{
     {{0.1, 26}, {0.3, 110}, {0.6, 302}, {6.0, 770}, {15.0, 302}, {1e300, 86}}};
 
-// The dense spheres are turned by one fixed rotation (1 radian about the axis
-// (1, √2, √3)/√6): molecules are usually set with their symmetry axes along x,
-// y and z, and then the Lebedev rules' own axes and diagonals run along the
-// bonds.  Adamantane set so (its S4 axes along x, y, z) integrates a smooth
-// density ten to fifty times worse than the same molecule turned at random.
-constexpr std::array<std::array<double, 3>, 3> kDenseRotation{{
-    {0.6169185882234498, -0.48665805392390005, 0.6185267933205385},
-    {0.703361625134872, 0.6935348705787598, -0.15585829326325526},
-    {-0.3531202058676587, 0.5311998887822788, 0.7701511529340699},
-}};
-
 // Calls shell(r, radial weight, angular points) for every shell of the
 // dense rule at scale `radius`.
 template <class Shell>
@@ -120,11 +109,7 @@ void dense_template(int z, double r0, std::span<double> points, std::span<double
     w.resize(un);
     lebedev_rule(n, xyz, w);
     for (std::size_t k = 0; k < un; ++k, ++at) {
-      for (std::size_t c = 0; c < 3; ++c) {
-        const auto& row = kDenseRotation[c];
-        points[3 * at + c] =
-            r * (row[0] * xyz[3 * k] + row[1] * xyz[3 * k + 1] + row[2] * xyz[3 * k + 2]);
-      }
+      for (std::size_t c = 0; c < 3; ++c) points[3 * at + c] = r * xyz[3 * k + c];
       weights[at] = wr * w[k];
     }
   });
