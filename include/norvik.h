@@ -24,5 +24,6 @@
 #include "norvik/report.h"
 #include "norvik/scf.h"
 #include "norvik/setup.h"
+#include "norvik/xc.h"
 
 #endif

@@ -7,6 +7,7 @@
 
 #include "common/constants.h"
 #include "integrals/one/one_electron_matrices.h"
+#include "integrals/two/shells.h"
 
 namespace norvik::dft {
 
@@ -111,6 +112,22 @@ void BasisEvaluator::batch(std::span<const double> points, std::ptrdiff_t p0, st
     at_point({points[at], points[at + 1], points[at + 2]}, out.data(), p, unb,
              unb * static_cast<std::size_t>(nbasis_));
   }
+}
+
+ShellTableBasis basis_from_shell_table(int nshell, std::span<const double> shelltab) {
+  ShellTableBasis b;
+  const auto n = static_cast<std::size_t>(nshell > 0 ? nshell : 0);
+  b.centres.resize(3 * n);
+  for (std::size_t s = 0; s < n; ++s) {
+    std::array<double, 3> centre{};
+    basis::Shell shell = integrals::two::unpack_shell(
+        shelltab.subspan(s * integrals::two::kShellRecord, integrals::two::kShellRecord),
+        static_cast<int>(s), centre);
+    shell.atom = static_cast<int>(s);
+    for (std::size_t k = 0; k < 3; ++k) b.centres[3 * s + k] = centre[k] * constants::kBohrAngstrom;
+    b.set.shells.push_back(shell);
+  }
+  return b;
 }
 
 void basis_on_grid(const basis::BasisSet& basis, std::span<const double> positions,

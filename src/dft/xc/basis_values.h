@@ -51,6 +51,14 @@ class BasisEvaluator {
   int nbasis_ = 0;
 };
 
+// The basis of a shell table (PACKSHELLS, (kShellRecord, nshell), centres in
+// bohr): every shell on a centre of its own, `centres` ((3, nshell) Å).
+struct ShellTableBasis {
+  basis::BasisSet set;
+  std::vector<double> centres;
+};
+ShellTableBasis basis_from_shell_table(int nshell, std::span<const double> shelltab);
+
 // Fills chi for `basis` on atoms at `positions` ((3, natom) Å) over `points`
 // ((3, npts) Å).  Parallel over points; each point writes only its own entries.
 void basis_on_grid(const basis::BasisSet& basis, std::span<const double> positions,

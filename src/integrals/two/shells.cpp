@@ -53,6 +53,31 @@ void pack_shell(const basis::Shell& shell, const std::array<double, 3>& centre_b
   }
 }
 
+basis::Shell unpack_shell(std::span<const double> r, int index,
+                          std::array<double, 3>& centre_bohr) {
+  basis::Shell shell;
+  shell.kind = as_int(r[0]);
+  shell.nprim = as_int(r[1]);
+  if (shell.kind < 1 || shell.kind > kMaxShellFunctions) bad_record(index + 1, "(kind)");
+  if (shell.nprim < 1 || shell.nprim > basis::kMaxPrimitives) bad_record(index + 1, "(primitives)");
+  for (int k = 0; k < 3; ++k) centre_bohr[k] = r[3 + k];
+  for (int p = 0; p < basis::kMaxPrimitives; ++p) shell.exponents[p] = r[6 + p];
+  for (int f = 0; f < shell.kind; ++f) {
+    basis::Function& fn = shell.functions[f];
+    const double* s = r.data() + kSlotStart + kSlotSize * f;
+    fn.L = as_int(s[0]);
+    fn.M = as_int(s[1]);
+    fn.nterm = as_int(s[2]);
+    if (fn.nterm < 0 || fn.nterm > basis::kMaxTerms) bad_record(index + 1, "(terms)");
+    for (int t = 0; t < basis::kMaxTerms; ++t) {
+      for (int k = 0; k < 3; ++k) fn.lmn[t][k] = as_int(s[3 + 3 * t + k]);
+      fn.term_coef[t] = s[12 + t];
+    }
+    for (int p = 0; p < basis::kMaxPrimitives; ++p) fn.coef[p] = s[15 + p];
+  }
+  return shell;
+}
+
 std::vector<double> pack_shells(const basis::BasisSet& basis,
                                 std::span<const std::array<double, 3>> positions) {
   std::vector<double> table(basis.shells.size() * kShellRecord);

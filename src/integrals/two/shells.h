@@ -29,6 +29,12 @@ inline constexpr int kMaxShellFunctions = basis::kMaxFunctionsPerShell;
 void pack_shell(const basis::Shell& shell, const std::array<double, 3>& centre_bohr, int atom,
                 std::span<double> record);
 
+// The shell of one record (the inverse of pack_shell), its atom left 0;
+// `centre_bohr` receives the record's centre.  A kind or primitive count out of
+// range throws norvik::Error as decode_shells does.
+basis::Shell unpack_shell(std::span<const double> record, int index,
+                          std::array<double, 3>& centre_bohr);
+
 // The whole table for a basis whose atoms sit at `positions` (bohr).
 std::vector<double> pack_shells(const basis::BasisSet& basis,
                                 std::span<const std::array<double, 3>> positions);
