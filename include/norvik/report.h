@@ -24,6 +24,12 @@ NORVIK_API void WRITE_LOG_HF(const norvik_int* iopt, const norvik_int* isrc, con
                              const double* emol, const double* dipole, const double* rmsd,
                              const double* comm2, const char* logfile);
 
+/* The Kohn–Sham cycle line: WRITE_LOG_HF's format, emol the total energy (with
+ * the exchange–correlation energy) plus the nuclear repulsion. */
+NORVIK_API void WRITE_LOG_KS(const norvik_int* iopt, const norvik_int* isrc, const norvik_int* iscf,
+                             const double* emol, const double* dipole, const double* rmsd,
+                             const double* comm2, const char* logfile);
+
 /* Report header sections, in the order a host usually writes them. */
 NORVIK_API void WRITE_SHEBANG(const char* report);
 NORVIK_API void WRITE_START(const char* report);

@@ -26,6 +26,7 @@
 #define NORVIK_SCF_H
 
 #include "norvik/export.h"
+#include "norvik/integrals_two.h"
 
 NORVIK_EXTERN_C_BEGIN
 
@@ -200,6 +201,74 @@ NORVIK_API void HF_INI_MOLE_DIRECT(NORVIK_HF_INI_ARGS);
 NORVIK_API void HF_INI_ATOM_DIRECT(NORVIK_HF_INI_ARGS);
 NORVIK_API void HF_INI_NOINT_DIRECT(NORVIK_HF_INI_ARGS);
 
+/* ---- Kohn–Sham SCF drivers ---------------------------------------------------------
+ * KS_SCF and its members take 42 arguments: 1–26 those of HF_SCF, then
+ *   27 functional (in, 10 chars): its exact-exchange weight a is 1.0 for "OP",
+ *      0.2 for "B3LYP", "B1OP", "B3LYP3", "B3LYP5" and 0.0 for any other name; a
+ *      name without a functional stops with " Wrong DFname in calcvXchCorr.";
+ *   28 npts (in);  29 points (in, (3, npts) Å, as GRID_MOLE gives them);
+ *   30 w (in, npts weights);  31 chi (in, (4, npts, nbasis) from LIST_BASIS);
+ *   32 rhogrid (out, (8, npts): the density table of the last density);
+ *   33 vxc (out, (n, n, 2): the exchange–correlation matrices in G, eV);
+ *   34 nelec (out, 3: the electrons the grid sees, α, β, both);
+ *   35 G, 36 rho, 37 orbitals (as HF_SCF's 27–29; G = J − aK + Vxc);
+ *   38 energy (out, electronic energy without the exchange–correlation energy, eV);
+ *   39 exc (out, 3: exchange–correlation energy, its exchange and correlation
+ *      parts, eV);  40 etotal (out, energy + exc(1): the electronic energy, eV);
+ *   41 dipole (out, 3);  42 de_final (out, eV, of etotal).
+ * The cycle is HF_SCF's; the convergence test and the log's energy column
+ * (WRITE_LOG_KS, the format of WRITE_LOG_HF) use etotal.  niter 0 evaluates
+ * the energies and the dipole of rho only.  The members' suffixes mean what
+ * they mean for HF_SCF; KS_SCF_C2/_B2 take salc and salcblock after the 42. */
+#define NORVIK_KS_GRID_ARGS                                                              \
+  const char *functional, const norvik_int *npts, const double *points, const double *w, \
+      const double *chi, double *rhogrid, double *vxc, double *nelec
+#define NORVIK_KS_SCF_ARGS                                                                       \
+  const norvik_int *iopt, const norvik_int *isrc, const char *logfile, const norvik_int *niter,  \
+      const double *damp, const double *thr_ene, const double *thr_rms, const double *e_offset,  \
+      const double *dip_offset, const norvik_int *nbasis, const norvik_int *northo,              \
+      const double *X, const double *S, const double *T, const double *V, const double *dipints, \
+      NORVIK_CONTEXT_ARGS, NORVIK_KS_GRID_ARGS, double *G, double *rho, double *orbitals,        \
+      double *energy, double *exc, double *etotal, double *dipole, double *de_final
+NORVIK_API void KS_SCF(NORVIK_KS_SCF_ARGS);
+NORVIK_API void KS_SCF_MOLE(NORVIK_KS_SCF_ARGS);
+NORVIK_API void KS_SCF_ATOM(NORVIK_KS_SCF_ARGS);
+NORVIK_API void KS_SCF_WOLOG(NORVIK_KS_SCF_ARGS);
+NORVIK_API void KS_SCF_PART(NORVIK_KS_SCF_ARGS);
+NORVIK_API void KS_SCF_DIRECT(NORVIK_KS_SCF_ARGS);
+NORVIK_API void KS_SCF_MOLE_DIRECT(NORVIK_KS_SCF_ARGS);
+NORVIK_API void KS_SCF_ATOM_DIRECT(NORVIK_KS_SCF_ARGS);
+NORVIK_API void KS_SCF_WOLOG_DIRECT(NORVIK_KS_SCF_ARGS);
+NORVIK_API void KS_SCF_PART_DIRECT(NORVIK_KS_SCF_ARGS);
+
+/* Kohn–Sham initialisers (41 arguments): 1–26 those of HF_INI, 27–37 those of
+ * KS_SCF, but chi (31) is written: the basis on the points from the context's
+ * shell table (LIST_BASIS); 38 energy, 39 exc, 40 etotal, 41 dipole (out) of the
+ * start.  The start density follows HF_INI's rule (istart other than 1: the
+ * supplied rho rescaled, normally the converged Hartree–Fock density), then one
+ * Kohn–Sham build makes G.  _MOLE is the plain one, _DIRECT builds
+ * integral-direct. */
+#define NORVIK_KS_INI_ARGS                                                                         \
+  const norvik_int *istart, const norvik_int *natom, const double *atomrho,                        \
+      const norvik_int *niter, const double *damp, const double *thr_ene, const double *thr_rms,   \
+      const double *e_offset, const double *dip_offset, const norvik_int *nbasis,                  \
+      const norvik_int *northo, const double *X, const double *S, const double *T,                 \
+      const double *V, const double *dipints, NORVIK_CONTEXT_ARGS, const char *functional,         \
+      const norvik_int *npts, const double *points, const double *w, double *chi, double *rhogrid, \
+      double *vxc, double *nelec, double *G, double *rho, double *orbitals, double *energy,        \
+      double *exc, double *etotal, double *dipole
+NORVIK_API void KS_INI(NORVIK_KS_INI_ARGS);
+NORVIK_API void KS_INI_MOLE(NORVIK_KS_INI_ARGS);
+NORVIK_API void KS_INI_DIRECT(NORVIK_KS_INI_ARGS);
+NORVIK_API void KS_INI_MOLE_DIRECT(NORVIK_KS_INI_ARGS);
+
+/* Saves a Kohn–Sham point aside (the optimiser's undo): nbasis; rho; orbitals;
+ * energy; exc (3); dipole (3) in; rhoks, orbitalsks, energyks, excks, dipoleks out. */
+NORVIK_API void STOREKS(const norvik_int* nbasis, const double* rho, const double* orbitals,
+                        const double* energy, const double* exc, const double* dipole,
+                        double* rhoks, double* orbitalsks, double* energyks, double* excks,
+                        double* dipoleks);
+
 /* ---- symmetry-adapted SCF of the homonuclear diatomics C2 and B2 ----------------
  * The molecule lies on the z axis with its centre at the origin (the diatomic
  * templates put it there).  The basis functions are combined into the
@@ -250,6 +319,8 @@ NORVIK_API void HF_SCF_C2(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS);
 NORVIK_API void HF_SCF_B2(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS);
 NORVIK_API void HF_INI_C2(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS);
 NORVIK_API void HF_INI_B2(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS);
+NORVIK_API void KS_SCF_C2(NORVIK_KS_SCF_ARGS, NORVIK_SALC_ARGS);
+NORVIK_API void KS_SCF_B2(NORVIK_KS_SCF_ARGS, NORVIK_SALC_ARGS);
 
 /* Position of the 4s (5s) function of an atom: 1 z (in, nuclear charge);
  * 2 index (out): the 1-based position, among that atom's functions in the
@@ -304,6 +375,27 @@ NORVIK_API void HF_1POINT(const char* basis, const norvik_int* natom, const norv
                           const norvik_int* istart, const double* atomrho, const norvik_int* nbasis,
                           double* rho, double* orbitals, double* energy, double* dipole,
                           double* de_final, norvik_int* northo, norvik_int* incore);
+
+/* Kohn–Sham single point: HF_1POINT's point with the Kohn–Sham stage, no run log.
+ *   1 functional (in, 10 chars; a Hartree–Fock method or an unknown name stops with
+ *     " Wrong DFname in calcvXchCorr." and the list of names);  2 basis;  3 natom;
+ *   4 zat;  5 zel;  6 pos;  7 nalpha, 8 nbeta;  9 niter, 10 damp, 11 thr_ene,
+ *   12 thr_rms (in, 2 each: the Hartree–Fock stage, then the Kohn–Sham stage);
+ *   13 ramlimit;  14 thr_screen;  15 thr_orth;  16 istart, 17 atomrho (as
+ *   HF_1POINT's);  18 nbasis;  19 rho (in-out);  20 orbitals (out);  21 energy
+ *   (out, molecular energy with the exchange–correlation energy, eV);  22 dipole;
+ *   23 de_final;  24 northo;  25 incore;  26 grid_radius (in, Å);  27 grid_level
+ *   (in, 0 standard, 1 dense);  28 xc (out, 4: exchange–correlation energy, its
+ *   exchange and correlation parts [eV], the electrons the grid sees). */
+NORVIK_API void KS_1POINT(const char* functional, const char* basis, const norvik_int* natom,
+                          const norvik_int* zat, const norvik_int* zel, const double* pos,
+                          const norvik_int* nalpha, const norvik_int* nbeta,
+                          const norvik_int* niter, const double* damp, const double* thr_ene,
+                          const double* thr_rms, const double* ramlimit, const double* thr_screen,
+                          const double* thr_orth, const norvik_int* istart, const double* atomrho,
+                          const norvik_int* nbasis, double* rho, double* orbitals, double* energy,
+                          double* dipole, double* de_final, norvik_int* northo, norvik_int* incore,
+                          const double* grid_radius, const norvik_int* grid_level, double* xc);
 
 /* One point of a job, as a host runs it: the single point of HF_1POINT with
  * the run log and the point's report sections.

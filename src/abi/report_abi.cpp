@@ -45,6 +45,14 @@ NORVIK_API void WRITE_LOG_HF(const norvik_int* iopt, const norvik_int* isrc, con
   });
 }
 
+// The Kohn–Sham cycle line has the Hartree–Fock one's format; emol is the
+// total energy (with the exchange–correlation energy) plus the offset.
+NORVIK_API void WRITE_LOG_KS(const norvik_int* iopt, const norvik_int* isrc, const norvik_int* iscf,
+                             const double* emol, const double* dipole, const double* rmsd,
+                             const double* comm2, const char* logfile) {
+  WRITE_LOG_HF(iopt, isrc, iscf, emol, dipole, rmsd, comm2, logfile);
+}
+
 NORVIK_API void WRITE_SHEBANG(const char* r) {
   guarded([&] { append_to(r, report::shebang()); });
 }

@@ -17,38 +17,12 @@ namespace abi = norvik::abi;
 namespace scf = norvik::scf;
 using abi::guarded;
 
-// What distinguishes the members of a family.
-struct Member {
-  bool log = true;                                   // the run log is written (not _WOLOG, _PART)
-  bool dipole = true;                                // the dipole is computed (not _PART)
-  scf::Occupation damped = scf::Occupation::aufbau;  // _ATOM: free-atom shells
-  scf::FockBuild build = scf::FockBuild::stored;     // _DIRECT: integral-direct
-};
-
-// The system of a call: the host's operators, dipole integrals and context.
-scf::ScfSystem system_of(scf::FockBuild build, const norvik_int* nbasis, const norvik_int* northo,
-                         const double* X, const double* S, const double* T, const double* V,
-                         const double* dipints, NORVIK_CONTEXT_ARGS) {
-  scf::ScfSystem system;
-  system.operators = abi::operators(nbasis, S, T, V, northo, X);
-  system.dipints = {dipints, 3 * abi::square(*nbasis)};
-  system.context = abi::context_view(*nbasis, NORVIK_CONTEXT_CALL, build == scf::FockBuild::stored);
-  system.build = build;
-  return system;
-}
-
-void hf_scf(const Member& member, const scf::OrbitalRule& rule, NORVIK_HF_SCF_ARGS) {
+void hf_scf(const abi::Member& member, const scf::OrbitalRule& rule, NORVIK_HF_SCF_ARGS) {
   abi::check_nbasis(*nbasis, "HF_SCF");
   const scf::ScfSystem system =
-      system_of(member.build, nbasis, northo, X, S, T, V, dipints, NORVIK_CONTEXT_CALL);
-  scf::CycleSettings settings;
-  settings.niter = *niter;
-  settings.damp = *damp;
-  settings.thr_ene = *thr_ene;
-  settings.thr_rms = *thr_rms;
-  settings.with_dipole = member.dipole;
-  settings.e_offset = *e_offset;
-  settings.dip_offset = {dip_offset[0], dip_offset[1], dip_offset[2]};
+      abi::system_of(member.build, nbasis, northo, X, S, T, V, dipints, NORVIK_CONTEXT_CALL);
+  const scf::CycleSettings settings =
+      abi::cycle_settings(member, niter, damp, thr_ene, thr_rms, e_offset, dip_offset);
   const scf::CycleObserver log =
       member.log ? abi::run_log(abi::text_in(logfile, abi::kFileNameLength), *iopt, *isrc)
                  : scf::CycleObserver();
@@ -69,7 +43,7 @@ void hf_ini(scf::StartPolicy policy, scf::FockBuild build, const scf::OrbitalRul
   unread_settings(istart, natom, niter, damp, thr_ene, thr_rms, e_offset, dip_offset);
   abi::check_nbasis(*nbasis, "HF_Ini");
   const scf::ScfSystem system =
-      system_of(build, nbasis, northo, X, S, T, V, dipints, NORVIK_CONTEXT_CALL);
+      abi::system_of(build, nbasis, northo, X, S, T, V, dipints, NORVIK_CONTEXT_CALL);
   scf::StartSettings start;
   start.policy = policy;
   if (policy == scf::StartPolicy::free_atoms) start.atomic = {atomrho, 2 * abi::square(*nbasis)};
@@ -89,12 +63,12 @@ void hf_ini(scf::StartPolicy policy, scf::FockBuild build, const scf::OrbitalRul
   istart, natom, atomrho, niter, damp, thr_ene, thr_rms, e_offset, dip_offset, nbasis, northo, X, \
       S, T, V, dipints, NORVIK_CONTEXT_CALL, G, rho, orbitals, energy, dipole
 
-#define NORVIK_HF_SCF_ROUTINE(NAME, LOG, DIPOLE, OCCUPATION, BUILD)                         \
-  extern "C" NORVIK_API void NAME(NORVIK_HF_SCF_ARGS) {                                     \
-    guarded([&] {                                                                           \
-      const Member member{LOG, DIPOLE, scf::Occupation::OCCUPATION, scf::FockBuild::BUILD}; \
-      hf_scf(member, scf::AufbauRule(member.damped), NORVIK_HF_SCF_CALL);                   \
-    });                                                                                     \
+#define NORVIK_HF_SCF_ROUTINE(NAME, LOG, DIPOLE, OCCUPATION, BUILD)                              \
+  extern "C" NORVIK_API void NAME(NORVIK_HF_SCF_ARGS) {                                          \
+    guarded([&] {                                                                                \
+      const abi::Member member{LOG, DIPOLE, scf::Occupation::OCCUPATION, scf::FockBuild::BUILD}; \
+      hf_scf(member, scf::AufbauRule(member.damped), NORVIK_HF_SCF_CALL);                        \
+    });                                                                                          \
   }
 
 NORVIK_HF_SCF_ROUTINE(HF_SCF, true, true, aufbau, stored)
@@ -130,13 +104,13 @@ NORVIK_HF_INI_ROUTINE(HF_INI_NOINT_DIRECT, scf::StartPolicy::core_hamiltonian, a
 
 // The symmetry-adapted C2/B2 members: the block rule over MAKESALC's
 // combinations; the free-atom branch does not apply to two atoms.
-#define NORVIK_SYM_SCF_ROUTINE(NAME)                                      \
-  extern "C" NORVIK_API void NAME(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS) { \
-    guarded([&] {                                                         \
-      abi::check_nbasis(*nbasis, "HF_SCF");                               \
-      const scf::Salc s = abi::salc_in(*nbasis, salc, salcblock);         \
-      hf_scf(Member{}, scf::SymmetryBlockRule(s), NORVIK_HF_SCF_CALL);    \
-    });                                                                   \
+#define NORVIK_SYM_SCF_ROUTINE(NAME)                                        \
+  extern "C" NORVIK_API void NAME(NORVIK_HF_SCF_ARGS, NORVIK_SALC_ARGS) {   \
+    guarded([&] {                                                           \
+      abi::check_nbasis(*nbasis, "HF_SCF");                                 \
+      const scf::Salc s = abi::salc_in(*nbasis, salc, salcblock);           \
+      hf_scf(abi::Member{}, scf::SymmetryBlockRule(s), NORVIK_HF_SCF_CALL); \
+    });                                                                     \
   }
 #define NORVIK_SYM_INI_ROUTINE(NAME)                                                 \
   extern "C" NORVIK_API void NAME(NORVIK_HF_INI_ARGS, NORVIK_SALC_ARGS) {            \

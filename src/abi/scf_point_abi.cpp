@@ -152,6 +152,35 @@ extern "C" NORVIK_API void HF_1POINT(
   });
 }
 
+extern "C" NORVIK_API void KS_1POINT(
+    const char* functional, const char* basis, const norvik_int* natom, const norvik_int* zat,
+    const norvik_int* zel, const double* pos, const norvik_int* nalpha, const norvik_int* nbeta,
+    const norvik_int* niter, const double* damp, const double* thr_ene, const double* thr_rms,
+    const double* ramlimit, const double* thr_screen, const double* thr_orth,
+    const norvik_int* istart, const double* atomrho, const norvik_int* nbasis, double* rho,
+    double* orbitals, double* energy, double* dipole, double* de_final, norvik_int* northo,
+    norvik_int* incore, const double* grid_radius, const norvik_int* grid_level, double* xc) {
+  guarded([&] {
+    const std::optional<scf::KohnShamStage> kohn_sham = kohn_sham_stage(
+        functional, niter, damp, thr_ene, thr_rms, grid_radius, grid_level, "KS_1point");
+    // "HF" and the other Hartree–Fock methods are no functional: the
+    // exchange–correlation matrix's message stops them.
+    if (!kohn_sham) {
+      dft::functional_for(text_in(functional, kKeywordLength),
+                          dft::FunctionalUse::potential_matrix);
+    }
+    const PointArgs args{basis,      natom,    zat,     zel,     pos,     nalpha,
+                         nbeta,      niter,    damp,    thr_ene, thr_rms, ramlimit,
+                         thr_screen, thr_orth, atomrho, nbasis,  rho,     orbitals};
+    const scf::SinglePointResult r = run_point(args, abi::initialiser_start(*istart, *natom, true),
+                                               "KS_1point", {}, nullptr, kohn_sham);
+    *energy = r.energy;
+    copy_out(r, dipole, de_final, northo, incore);
+    std::copy(r.xc_energy.begin(), r.xc_energy.end(), xc);
+    xc[3] = r.grid_electrons[2];
+  });
+}
+
 extern "C" NORVIK_API void SCF_1POINT(
     const char* method, const char* basis, const char* report, const char* logfile,
     const norvik_int* iopt, const norvik_int* natom, const norvik_int* zat, const norvik_int* zel,

@@ -34,6 +34,31 @@ dft::GridLevel grid_level_in(norvik_int level, std::string_view routine) {
       {std::string("Wrong grid level in ") + std::string(routine) + ".", std::int64_t{level}}));
 }
 
+scf::ScfSystem system_of(scf::FockBuild build, const norvik_int* nbasis, const norvik_int* northo,
+                         const double* X, const double* S, const double* T, const double* V,
+                         const double* dipints, NORVIK_CONTEXT_ARGS) {
+  scf::ScfSystem system;
+  system.operators = operators(nbasis, S, T, V, northo, X);
+  system.dipints = {dipints, 3 * square(*nbasis)};
+  system.context = context_view(*nbasis, NORVIK_CONTEXT_CALL, build == scf::FockBuild::stored);
+  system.build = build;
+  return system;
+}
+
+scf::CycleSettings cycle_settings(const Member& member, const norvik_int* niter, const double* damp,
+                                  const double* thr_ene, const double* thr_rms,
+                                  const double* e_offset, const double* dip_offset) {
+  scf::CycleSettings settings;
+  settings.niter = *niter;
+  settings.damp = *damp;
+  settings.thr_ene = *thr_ene;
+  settings.thr_rms = *thr_rms;
+  settings.with_dipole = member.dipole;
+  settings.e_offset = *e_offset;
+  settings.dip_offset = {dip_offset[0], dip_offset[1], dip_offset[2]};
+  return settings;
+}
+
 scf::Operators operators(const norvik_int* nbasis, const double* S, const double* T,
                          const double* V, const norvik_int* northo, const double* X) {
   scf::Operators op;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "abi/abi_support.h"
+#include "norvik/integrals_two.h"
 #include "norvik/scf.h"
 #include "scf/cycle.h"
 #include "scf/single_point.h"
@@ -20,6 +21,25 @@ void check_nbasis(norvik_int n, std::string_view routine);
 // The grid of a Kohn–Sham point: 0 the standard templates, 1 the dense grid;
 // any other value stops with "Wrong grid level in ROUTINE." and the value.
 dft::GridLevel grid_level_in(norvik_int level, std::string_view routine);
+
+// What distinguishes the members of a driver family.
+struct Member {
+  bool log = true;                                   // the run log is written (not _WOLOG, _PART)
+  bool dipole = true;                                // the dipole is computed (not _PART)
+  scf::Occupation damped = scf::Occupation::aufbau;  // _ATOM: free-atom shells
+  scf::FockBuild build = scf::FockBuild::stored;     // _DIRECT: integral-direct
+};
+
+// The system of a driver call: the host's operators, dipole integrals and
+// two-electron context.
+scf::ScfSystem system_of(scf::FockBuild build, const norvik_int* nbasis, const norvik_int* northo,
+                         const double* X, const double* S, const double* T, const double* V,
+                         const double* dipints, NORVIK_CONTEXT_ARGS);
+
+// The cycle settings of a driver call.
+scf::CycleSettings cycle_settings(const Member& member, const norvik_int* niter, const double* damp,
+                                  const double* thr_ene, const double* thr_rms,
+                                  const double* e_offset, const double* dip_offset);
 
 // The fixed operators from the host's S, T, V and X.
 scf::Operators operators(const norvik_int* nbasis, const double* S, const double* T,

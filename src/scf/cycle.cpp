@@ -69,6 +69,7 @@ ScfResult run_cycles(const ScfSystem& system, FockBuilder& builder, const Orbita
   const Operators& op = system.operators;
   ScfResult result;
   if (settings.niter <= 0) {
+    builder.resume(arrays.rho, arrays.g);
     result.energy = builder.energy(op, arrays.rho, arrays.g);
     result.dipole = dipole_of(system, settings.with_dipole, arrays.rho);
     return result;

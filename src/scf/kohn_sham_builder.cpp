@@ -33,13 +33,20 @@ void KohnShamBuilder::restart(std::span<double> g) {
 }
 
 void KohnShamBuilder::resume(std::span<const double> rho, std::span<const double>) {
-  // The caller's G mixes both parts; the J − aK part is rebuilt from nothing.
+  // The caller's G mixes both parts; the J − aK part is rebuilt from nothing,
+  // and the grid terms of rho are made, so that the energy is rho's.
   coulomb_exchange_.restart(jk_);
   coulomb_exchange_.build(rho, jk_);
+  grid_terms(rho);
 }
 
 void KohnShamBuilder::build(std::span<const double> rho, std::span<double> g) {
   coulomb_exchange_.build(rho, jk_);
+  grid_terms(rho);
+  for (std::size_t i = 0; i < jk_.size(); ++i) g[i] = jk_[i] + vxc_[i];
+}
+
+void KohnShamBuilder::grid_terms(std::span<const double> rho) {
   dft::density_on_grid(grid_, rho, rho_);
   dft::combination_potentials(functional_.combination, rho_, functional_.exact_exchange, v_);
   dft::xc_matrix(grid_, rho_, v_, vxc_);
@@ -49,7 +56,6 @@ void KohnShamBuilder::build(std::span<const double> rho, std::span<double> g) {
                             {e.subspan(0, npts), e.subspan(npts, npts), e.subspan(2 * npts, npts)});
   for (std::size_t k = 0; k < 3; ++k)
     exc_[k] = dft::integrate(e.subspan(k * npts, npts), grid_.weights);
-  for (std::size_t i = 0; i < jk_.size(); ++i) g[i] = jk_[i] + vxc_[i];
 }
 
 double KohnShamBuilder::energy(const Operators& op, std::span<const double> rho,

@@ -38,8 +38,15 @@ class KohnShamBuilder final : public FockBuilder {
   // correlation) [eV], and the electrons the grid sees (α, β, both).
   const std::array<double, 3>& xc_energy() const { return exc_; }
   std::array<double, 3> grid_electrons() const;
+  // Of the last build: the exchange–correlation matrices (n, n, 2) [eV] and the
+  // density table (8, npts) on the grid.
+  std::span<const double> xc_matrix() const { return vxc_; }
+  std::span<const double> grid_density() const { return rho_; }
 
  private:
+  // The density on the grid, the potentials, the matrix and the energy of rho.
+  void grid_terms(std::span<const double> rho);
+
   HartreeFockBuilder coulomb_exchange_;
   XcFunctional functional_;
   dft::GridBasis grid_;
