@@ -124,16 +124,15 @@ TEST(KsDriver, ReachesThePointPathsEnergyFromTheHostsArrays) {
     const std::string f = padded("B3LYP", 10), b = padded("6-31Gx", 20);
     const norvik_int natom = 3, nalpha = 5, nbeta = 5, istart = 1, level = 0;
     const norvik_int niter[2] = {100, 100};
-    const double damp[2] = {0.5, 0.5}, thr[2] = {1e-9, 1e-9}, ram = 4.0, screen = 0.0,
-                 orth = 1e-7, radius = constants::kBohrAngstrom;
+    const double damp[2] = {0.5, 0.5}, thr[2] = {1e-9, 1e-9}, ram = 4.0, screen = 0.0, orth = 1e-7,
+                 radius = constants::kBohrAngstrom;
     std::vector<double> r(2 * nn), o(2 * (nn + n)), atomrho(2 * nn);
     double e = 0, mu[3], de = 0, xc[4];
     norvik_int northo = 0, incore = 0;
     const norvik_int nb = n;
-    KS_1POINT(f.data(), b.data(), &natom, water.z.data(), water.z.data(), water.pos.data(),
-              &nalpha, &nbeta, niter, damp, thr, thr, &ram, &screen, &orth, &istart,
-              atomrho.data(), &nb, r.data(), o.data(), &e, mu, &de, &northo, &incore, &radius,
-              &level, xc);
+    KS_1POINT(f.data(), b.data(), &natom, water.z.data(), water.z.data(), water.pos.data(), &nalpha,
+              &nbeta, niter, damp, thr, thr, &ram, &screen, &orth, &istart, atomrho.data(), &nb,
+              r.data(), o.data(), &e, mu, &de, &northo, &incore, &radius, &level, xc);
     EXPECT_EQ(e, point.energy);
     EXPECT_EQ(xc[0], point.xc_energy[0]);
     EXPECT_EQ(xc[3], point.grid_electrons[2]);
