@@ -64,20 +64,12 @@ std::vector<double> per_point(norvik_xc_point_routine routine, double a, std::si
   return out;
 }
 
-dft::GridBasis by_point(norvik_int nbasis, norvik_int npts, const double* w, const double* chi) {
-  dft::GridBasis g;
-  g.npts = npts;
-  g.nbasis = nbasis;
-  g.weights = {w, count(npts)};
-  g.chi = {chi, dft::basis_table_size(npts, nbasis)};
-  return g;
-}
-
 void xc_matrix_sub(norvik_xc_point_routine vxc, norvik_int nbasis, double a, norvik_int npts,
                    const double* w, const double* chi, const double* rho, double* V) {
   const std::size_t n = count(npts);
   const std::vector<double> v = per_point(vxc, a, n, rho, 5);
-  dft::xc_matrix(by_point(nbasis, npts, w, chi), {rho, 8 * n}, v, {V, 2 * abi::square(nbasis)});
+  dft::xc_matrix(dft::table_by_point(npts, nbasis, {w, count(npts)}, chi), {rho, 8 * n}, v,
+                 {V, 2 * abi::square(nbasis)});
 }
 
 void energy_sub(norvik_xc_point_routine routine, double a, norvik_int npts, const double* w,
@@ -124,8 +116,8 @@ NORVIK_API void LIST_BASIS(const norvik_int* nbasis, const norvik_int* nshell,
 NORVIK_API void LIST_DENSITY(const norvik_int* nbasis, const double* P, const norvik_int* npts,
                              const double* chi, double* rho) {
   guarded([&] {
-    dft::density_on_grid(by_point(*nbasis, *npts, nullptr, chi), {P, 2 * abi::square(*nbasis)},
-                         {rho, 8 * count(*npts)});
+    dft::density_on_grid(dft::table_by_point(*npts, *nbasis, {}, chi),
+                         {P, 2 * abi::square(*nbasis)}, {rho, 8 * count(*npts)});
   });
 }
 

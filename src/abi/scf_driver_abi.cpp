@@ -63,24 +63,15 @@ void hf_ini(scf::StartPolicy policy, scf::FockBuild build, const scf::OrbitalRul
   istart, natom, atomrho, niter, damp, thr_ene, thr_rms, e_offset, dip_offset, nbasis, northo, X, \
       S, T, V, dipints, NORVIK_CONTEXT_CALL, G, rho, orbitals, energy, dipole
 
-#define NORVIK_HF_SCF_ROUTINE(NAME, LOG, DIPOLE, OCCUPATION, BUILD)                              \
-  extern "C" NORVIK_API void NAME(NORVIK_HF_SCF_ARGS) {                                          \
+#define NORVIK_HF_SCF_ROUTINE(SUFFIX, LOG, DIPOLE, OCCUPATION, BUILD)                            \
+  extern "C" NORVIK_API void HF_SCF##SUFFIX(NORVIK_HF_SCF_ARGS) {                                \
     guarded([&] {                                                                                \
       const abi::Member member{LOG, DIPOLE, scf::Occupation::OCCUPATION, scf::FockBuild::BUILD}; \
       hf_scf(member, scf::AufbauRule(member.damped), NORVIK_HF_SCF_CALL);                        \
     });                                                                                          \
   }
 
-NORVIK_HF_SCF_ROUTINE(HF_SCF, true, true, aufbau, stored)
-NORVIK_HF_SCF_ROUTINE(HF_SCF_MOLE, true, true, aufbau, stored)
-NORVIK_HF_SCF_ROUTINE(HF_SCF_ATOM, true, true, atomic, stored)
-NORVIK_HF_SCF_ROUTINE(HF_SCF_WOLOG, false, true, aufbau, stored)
-NORVIK_HF_SCF_ROUTINE(HF_SCF_PART, false, false, aufbau, stored)
-NORVIK_HF_SCF_ROUTINE(HF_SCF_DIRECT, true, true, aufbau, direct)
-NORVIK_HF_SCF_ROUTINE(HF_SCF_MOLE_DIRECT, true, true, aufbau, direct)
-NORVIK_HF_SCF_ROUTINE(HF_SCF_ATOM_DIRECT, true, true, atomic, direct)
-NORVIK_HF_SCF_ROUTINE(HF_SCF_WOLOG_DIRECT, false, true, aufbau, direct)
-NORVIK_HF_SCF_ROUTINE(HF_SCF_PART_DIRECT, false, false, aufbau, direct)
+NORVIK_SCF_MEMBERS(NORVIK_HF_SCF_ROUTINE)
 
 // Initialisers: HF_INI's start rule (plain members), always the bare start
 // (_NOINT), or the lone atom's start with free-atom shells (_ATOM).

@@ -31,15 +31,6 @@ scf::XcFunctional functional_of(const char* name) {
           dft::exact_exchange_fraction(text)};
 }
 
-dft::GridBasis host_grid(norvik_int nbasis, norvik_int npts, const double* w, const double* chi) {
-  dft::GridBasis g;
-  g.npts = npts;
-  g.nbasis = nbasis;
-  g.weights = {w, count(npts)};
-  g.chi = {chi, dft::basis_table_size(npts, nbasis)};
-  return g;
-}
-
 // The Kohn–Sham outputs of a builder after a call.
 void grid_outputs(const scf::KohnShamBuilder& builder, double total, norvik_int nbasis,
                   norvik_int npts, double* rhogrid, double* vxc, double* nelec, double* energy,
@@ -66,7 +57,7 @@ void ks_scf(const abi::Member& member, const scf::OrbitalRule& rule, NORVIK_KS_S
                  : scf::CycleObserver();
   (void)points;
   scf::KohnShamBuilder builder(system.context, member.build, functional_of(functional),
-                               host_grid(*nbasis, *npts, w, chi));
+                               dft::table_by_point(*npts, *nbasis, {w, count(*npts)}, chi));
   const scf::ScfResult r = scf::run_cycles(system, builder, rule, settings,
                                            abi::scf_arrays(*nbasis, G, rho, orbitals), log);
   grid_outputs(builder, r.energy, *nbasis, *npts, rhogrid, vxc, nelec, energy, exc, etotal);
@@ -93,7 +84,7 @@ void ks_ini(scf::FockBuild build, NORVIK_KS_INI_ARGS) {
   dft::basis_on_grid(b.set, b.centres, {points, 3 * count(*npts)},
                      {chi, dft::basis_table_size(*npts, *nbasis)});
   scf::KohnShamBuilder builder(system.context, build, functional_of(functional),
-                               host_grid(*nbasis, *npts, w, chi));
+                               dft::table_by_point(*npts, *nbasis, {w, count(*npts)}, chi));
   scf::StartSettings start;
   start.policy = abi::initialiser_start(*istart, *natom, true);
   if (start.policy == scf::StartPolicy::free_atoms) {
@@ -117,24 +108,15 @@ void ks_ini(scf::FockBuild build, NORVIK_KS_INI_ARGS) {
       S, T, V, dipints, NORVIK_CONTEXT_CALL, functional, npts, points, w, chi, rhogrid, vxc,      \
       nelec, G, rho, orbitals, energy, exc, etotal, dipole
 
-#define NORVIK_KS_SCF_ROUTINE(NAME, LOG, DIPOLE, OCCUPATION, BUILD)                              \
-  extern "C" NORVIK_API void NAME(NORVIK_KS_SCF_ARGS) {                                          \
+#define NORVIK_KS_SCF_ROUTINE(SUFFIX, LOG, DIPOLE, OCCUPATION, BUILD)                            \
+  extern "C" NORVIK_API void KS_SCF##SUFFIX(NORVIK_KS_SCF_ARGS) {                                \
     guarded([&] {                                                                                \
       const abi::Member member{LOG, DIPOLE, scf::Occupation::OCCUPATION, scf::FockBuild::BUILD}; \
       ks_scf(member, scf::AufbauRule(member.damped), NORVIK_KS_SCF_CALL);                        \
     });                                                                                          \
   }
 
-NORVIK_KS_SCF_ROUTINE(KS_SCF, true, true, aufbau, stored)
-NORVIK_KS_SCF_ROUTINE(KS_SCF_MOLE, true, true, aufbau, stored)
-NORVIK_KS_SCF_ROUTINE(KS_SCF_ATOM, true, true, atomic, stored)
-NORVIK_KS_SCF_ROUTINE(KS_SCF_WOLOG, false, true, aufbau, stored)
-NORVIK_KS_SCF_ROUTINE(KS_SCF_PART, false, false, aufbau, stored)
-NORVIK_KS_SCF_ROUTINE(KS_SCF_DIRECT, true, true, aufbau, direct)
-NORVIK_KS_SCF_ROUTINE(KS_SCF_MOLE_DIRECT, true, true, aufbau, direct)
-NORVIK_KS_SCF_ROUTINE(KS_SCF_ATOM_DIRECT, true, true, atomic, direct)
-NORVIK_KS_SCF_ROUTINE(KS_SCF_WOLOG_DIRECT, false, true, aufbau, direct)
-NORVIK_KS_SCF_ROUTINE(KS_SCF_PART_DIRECT, false, false, aufbau, direct)
+NORVIK_SCF_MEMBERS(NORVIK_KS_SCF_ROUTINE)
 
 #define NORVIK_KS_SYM_ROUTINE(NAME)                                         \
   extern "C" NORVIK_API void NAME(NORVIK_KS_SCF_ARGS, NORVIK_SALC_ARGS) {   \

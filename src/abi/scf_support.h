@@ -30,6 +30,20 @@ struct Member {
   scf::FockBuild build = scf::FockBuild::stored;     // _DIRECT: integral-direct
 };
 
+// The members of a driver family, once for both: X(suffix, log, dipole,
+// occupation of the damped cycles, Fock build).
+#define NORVIK_SCF_MEMBERS(X)                   \
+  X(, true, true, aufbau, stored)               \
+  X(_MOLE, true, true, aufbau, stored)          \
+  X(_ATOM, true, true, atomic, stored)          \
+  X(_WOLOG, false, true, aufbau, stored)        \
+  X(_PART, false, false, aufbau, stored)        \
+  X(_DIRECT, true, true, aufbau, direct)        \
+  X(_MOLE_DIRECT, true, true, aufbau, direct)   \
+  X(_ATOM_DIRECT, true, true, atomic, direct)   \
+  X(_WOLOG_DIRECT, false, true, aufbau, direct) \
+  X(_PART_DIRECT, false, false, aufbau, direct)
+
 // The system of a driver call: the host's operators, dipole integrals and
 // two-electron context.
 scf::ScfSystem system_of(scf::FockBuild build, const norvik_int* nbasis, const norvik_int* northo,

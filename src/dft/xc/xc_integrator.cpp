@@ -68,6 +68,15 @@ bool closed_shell_points(std::span<const double> rho, std::span<const double> v)
 
 }  // namespace
 
+GridBasis table_by_point(int npts, int nbasis, std::span<const double> weights, const double* chi) {
+  GridBasis g;
+  g.npts = npts;
+  g.nbasis = nbasis;
+  g.weights = weights;
+  g.chi = {chi, 4 * size(npts) * size(nbasis)};
+  return g;
+}
+
 std::size_t table_index(TableLayout layout, int npts, int nbasis, int p, int f, int c) {
   if (layout == TableLayout::by_point) {
     return 4 * (size(p) + size(npts) * size(f)) + size(c);

@@ -47,6 +47,10 @@ struct GridBasis {
   std::span<const double> points;             // computed: (3, npts) Å
 };
 
+// A grid over a by_point table (the exported layout) of npts points and
+// nbasis functions; `weights` may be empty where no sum is taken.
+GridBasis table_by_point(int npts, int nbasis, std::span<const double> weights, const double* chi);
+
 // Index of the value (c = 0) or derivative c of function f at point p (the
 // two table layouts).
 std::size_t table_index(TableLayout layout, int npts, int nbasis, int p, int f, int c);
