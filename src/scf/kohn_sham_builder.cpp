@@ -32,12 +32,13 @@ void KohnShamBuilder::restart(std::span<double> g) {
   std::fill_n(g.begin(), jk_.size(), 0.0);
 }
 
-void KohnShamBuilder::resume(std::span<const double> rho, std::span<const double>) {
-  // The caller's G mixes both parts; the J − aK part is rebuilt from nothing,
-  // and the grid terms of rho are made, so that the energy is rho's.
-  coulomb_exchange_.restart(jk_);
-  coulomb_exchange_.build(rho, jk_);
+void KohnShamBuilder::resume(std::span<const double> rho, std::span<const double> g) {
+  // The caller's G mixes both parts.  The grid terms are a function of rho
+  // alone, so making them again splits G without a Fock build: G − Vxc[rho] is
+  // the J − aK part, from which the incremental integral-direct build goes on.
   grid_terms(rho);
+  for (std::size_t i = 0; i < jk_.size(); ++i) jk_[i] = g[i] - vxc_[i];
+  coulomb_exchange_.resume(rho, jk_);
 }
 
 void KohnShamBuilder::build(std::span<const double> rho, std::span<double> g) {

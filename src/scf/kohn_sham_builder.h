@@ -29,6 +29,8 @@ class KohnShamBuilder final : public FockBuilder {
                   const XcFunctional& functional, const dft::GridBasis& grid);
 
   void restart(std::span<double> g) override;
+  // G = J − aK + Vxc of rho: makes the grid terms of rho and keeps G − Vxc as
+  // the J − aK part (a caller's G need not come from this builder).
   void resume(std::span<const double> rho, std::span<const double> g) override;
   void build(std::span<const double> rho, std::span<double> g) override;
   double energy(const Operators& op, std::span<const double> rho,

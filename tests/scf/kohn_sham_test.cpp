@@ -166,7 +166,7 @@ TEST(KohnSham, DenseGridSeesTheElectrons) {
   for (dft::GridLevel level : {dft::GridLevel::standard, dft::GridLevel::dense}) {
     const dft::Grid grid =
         dft::make_grid(f.molecule.z, f.molecule.pos, constants::kBohrAngstrom, level);
-    ASSERT_EQ(grid.size(), dft::grid_point_count(f.molecule.z, level));
+    ASSERT_LE(grid.size(), dft::grid_point_count(f.molecule.z, level));
     std::vector<double> chi(dft::basis_table_size(grid.size(), f.n));
     dft::basis_on_grid(basis::make_basis("6-31Gx", f.molecule.z), f.molecule.pos, grid.points, chi,
                        dft::TableLayout::by_batch);

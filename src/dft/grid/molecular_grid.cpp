@@ -1,6 +1,7 @@
 #include "dft/grid/molecular_grid.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "dft/grid/atomic_grid.h"
 #include "dft/grid/partition.h"
@@ -40,6 +41,13 @@ void molecular_grid(std::span<const double> coords, const GridTemplates& t,
     }
   }
 }
+
+namespace {
+
+// Weights [Å³] below this are left out of a grid made for a calculation.
+constexpr double kNegligibleWeight = 1e-20;
+
+}  // namespace
 
 int grid_point_count(std::span<const int> elements, GridLevel level) {
   int total = 0;
@@ -83,6 +91,16 @@ Grid make_grid(std::span<const int> elements, std::span<const double> positions,
   Grid grid{std::vector<double>(3 * static_cast<std::size_t>(total)),
             std::vector<double>(static_cast<std::size_t>(total))};
   molecular_grid(positions, {nmax, tp, tw, kind}, npts, offset, grid.points, grid.weights);
+  // Points deep in another atom's cell carry partition weights far below any
+  // sum they could enter; they are left out, the others kept in order.
+  std::size_t kept = 0;
+  for (std::size_t p = 0; p < grid.weights.size(); ++p) {
+    if (std::abs(grid.weights[p]) < kNegligibleWeight) continue;
+    for (std::size_t k = 0; k < 3; ++k) grid.points[3 * kept + k] = grid.points[3 * p + k];
+    grid.weights[kept++] = grid.weights[p];
+  }
+  grid.points.resize(3 * kept);
+  grid.weights.resize(kept);
   return grid;
 }
 

@@ -39,11 +39,14 @@ struct Grid {
   int size() const { return static_cast<int>(weights.size()); }
 };
 
-// Points of the molecular grid of atoms of the given elements.
+// Points of the molecular grid of atoms of the given elements, before any is
+// left out (a bound for the memory estimate).
 int grid_point_count(std::span<const int> elements, GridLevel level);
 
 // The molecular grid of atoms of the given elements at `positions` ((3,
 // natom) Å) for base radius `r0` [Å]: one template per distinct element.
+// Points whose weight is below 1e-20 Å³ (deep in another atom's cell) are
+// left out; the others stay in the order of molecular_grid.
 Grid make_grid(std::span<const int> elements, std::span<const double> positions, double r0,
                GridLevel level = GridLevel::standard);
 
