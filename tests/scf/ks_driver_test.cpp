@@ -57,10 +57,6 @@ std::string last_line(const std::string& path) {
   return last;
 }
 
-bool exists(const std::string& path) {
-  return std::ifstream(path).good();
-}
-
 std::string temp_file(const std::string& name) {
   const std::string path = ::testing::TempDir() + name;
   std::remove(path.c_str());
@@ -137,6 +133,20 @@ struct Host {
     const std::string log = padded(logfile, 120);
     member(&iopt, &isrc, log.data(), &niter, &damp, &thr, &thr, &e_offset, dip_offset.data(),
            HOST_MATRICES, HOST_GRID, &energy, exc.data(), &etotal, dipole.data(), &de_final);
+  }
+
+  // KS_SCF_C2 with MAKESALC's combinations of this (homonuclear, centred) molecule.
+  void ks_scf_c2(const std::string& basis, norvik_int iterations) {
+    std::vector<double> salc(static_cast<std::size_t>(n) * n);
+    std::array<norvik_int, 9> block{};
+    const std::string b = padded(basis, 20);
+    MAKESALC(b.data(), &natom, f.molecule.z.data(), f.molecule.pos.data(), &n, salc.data(),
+             block.data());
+    niter = iterations;
+    const std::string log = padded("", 120);
+    KS_SCF_C2(&iopt, &isrc, log.data(), &niter, &damp, &thr, &thr, &e_offset, dip_offset.data(),
+              HOST_MATRICES, HOST_GRID, &energy, exc.data(), &etotal, dipole.data(), &de_final,
+              salc.data(), block.data());
   }
 
   // Σ_σ Tr(P_σ (T + V)) + ½ Σ_σ Tr(P_σ (G − Vxc)_σ) from the host's arrays:
@@ -313,6 +323,148 @@ TEST(KsDriver, OpenShellFromTheBareStart) {
   EXPECT_NEAR(h.nelec[1], 4.0, kGridElectrons);
   EXPECT_NEAR(h.table_electrons(1), h.nelec[1], 1e-12);
   EXPECT_NEAR(h.energy_of_arrays(), h.energy, kRounding);
+}
+
+// The members: KS_SCF writes one run-log line per cycle in WRITE_LOG_HF's
+// format with etotal + e_offset and the dipole + dip_offset; _WOLOG and _PART
+// make the same cycle and write none, _PART leaves the dipole zero; STOREKS
+// puts a point aside and gives it back.
+TEST(KsDriver, MembersTheRunLogAndStoreKs) {
+  const testing::Case water = testing::water();
+  const std::string log = temp_file("ks_driver_members.log");
+  Host h(water, "STO-3G");
+  h.hartree_fock();
+  const std::vector<double> hf_rho = h.f.rho;
+  auto from_hartree_fock = [&] {
+    h.f.rho = hf_rho;
+    h.ks_ini("BLYP");
+  };
+
+  from_hartree_fock();
+  h.e_offset = 100.0;
+  h.dip_offset = {0.1, 0.2, 0.3};
+  h.ks_scf(KS_SCF, 3, log);
+  EXPECT_EQ(line_count(log), 3);
+  const double logged = h.etotal;
+  const std::string probe = temp_file("ks_driver_probe.log");
+  {
+    const double emol = h.etotal + h.e_offset, rmsd = 0.0, comm2 = 0.0;
+    const std::array<double, 3> mu{h.dipole[0] + 0.1, h.dipole[1] + 0.2, h.dipole[2] + 0.3};
+    const norvik_int iscf = 3;
+    WRITE_LOG_HF(&h.iopt, &h.isrc, &iscf, &emol, mu.data(), &rmsd, &comm2,
+                 padded(probe, 120).data());
+  }
+  EXPECT_EQ(last_line(log).substr(0, kLogPrefix), last_line(probe).substr(0, kLogPrefix));
+  {
+    // WRITE_LOG_KS is WRITE_LOG_HF's line, the huge-commutator form included.
+    const norvik_int iscf = 12;
+    const double emol = -2077.123456789, rmsd = 1.234e-5, comm2 = 4.0e6;
+    const std::array<double, 3> mu{0.0, 0.80001, -1.2};
+    std::remove(probe.c_str());
+    const std::string ks = temp_file("ks_driver_probe_ks.log");
+    WRITE_LOG_HF(&h.iopt, &h.isrc, &iscf, &emol, mu.data(), &rmsd, &comm2,
+                 padded(probe, 120).data());
+    WRITE_LOG_KS(&h.iopt, &h.isrc, &iscf, &emol, mu.data(), &rmsd, &comm2, padded(ks, 120).data());
+    EXPECT_EQ(last_line(ks), last_line(probe));
+  }
+
+  from_hartree_fock();
+  h.ks_scf(KS_SCF_WOLOG, 3, log);
+  EXPECT_EQ(line_count(log), 3);
+  EXPECT_NEAR(h.etotal, logged, kRounding);
+  const std::array<double, 3> mu = h.dipole;
+  EXPECT_GT(std::abs(mu[2]), 0.1);
+
+  // STOREKS puts the point aside; _PART overwrites the host's arrays.
+  const std::size_t nn = static_cast<std::size_t>(h.n) * h.n;
+  std::vector<double> rho_s(2 * nn), orbitals_s(2 * (nn + h.n));
+  std::array<double, 3> exc_s{}, dipole_s{};
+  double energy_s = 0.0;
+  STOREKS(&h.n, h.f.rho.data(), h.f.orbitals.data(), &h.energy, h.exc.data(), h.dipole.data(),
+          rho_s.data(), orbitals_s.data(), &energy_s, exc_s.data(), dipole_s.data());
+
+  from_hartree_fock();
+  h.ks_scf(KS_SCF_PART, 3, log);
+  EXPECT_EQ(line_count(log), 3);
+  EXPECT_NEAR(h.etotal, logged, kRounding);
+  EXPECT_EQ(h.dipole, (std::array<double, 3>{0, 0, 0}));
+
+  // Given back, the stored point is the point again: its density's energies
+  // (KS_INI from it) and its orbitals.
+  std::fill(h.f.orbitals.begin(), h.f.orbitals.end(), 0.0);
+  STOREKS(&h.n, rho_s.data(), orbitals_s.data(), &energy_s, exc_s.data(), dipole_s.data(),
+          h.f.rho.data(), h.f.orbitals.data(), &h.energy, h.exc.data(), h.dipole.data());
+  EXPECT_EQ(h.f.orbitals, orbitals_s);
+  EXPECT_EQ(h.dipole, mu);
+  h.ks_ini("BLYP");
+  EXPECT_NEAR(h.etotal, energy_s + exc_s[0], kRounding);
+  EXPECT_NEAR(h.exc[1], exc_s[1], kRounding);
+}
+
+// The exact-exchange weight a of a name, seen in the energy without Exc of one
+// density (KS_INI, then niter 0): E(a) = E(0) + a·(E_HF − E(0)), so "OP" gives
+// the Hartree–Fock energy, "B1OP" and "B3LYP" a fifth of the way, "SVWN5" and
+// any other name none.
+TEST(KsDriver, ExactExchangeWeightFollowsTheName) {
+  const testing::Case water = testing::water();
+  Host h(water, "STO-3G");
+  h.hartree_fock();
+  const double hartree_fock = h.energy;
+  const std::vector<double> rho = h.f.rho;
+  auto energy_of = [&](const std::string& name) {
+    SCOPED_TRACE(name);
+    h.f.rho = rho;
+    h.ks_ini(name);
+    const double start = h.etotal;
+    h.de_final = 1.0;
+    h.ks_scf(KS_SCF_WOLOG, 0);
+    EXPECT_NEAR(h.etotal, start, kRounding);
+    EXPECT_EQ(h.de_final, 0.0);
+    return h.energy;
+  };
+  const double none = energy_of("SVWN5"), full = energy_of("OP"), b1op = energy_of("B1OP");
+  EXPECT_NEAR(full, hartree_fock, kRounding);
+  EXPECT_GT(none - full, 100.0);  // the exchange energy of water, about 240 eV
+  EXPECT_NEAR(b1op - none, 0.2 * (full - none), kRounding);
+  EXPECT_NEAR(energy_of("B3LYP"), b1op, kRounding);
+  EXPECT_NEAR(energy_of("BLYP"), none, kRounding);
+}
+
+// KS_SCF_C2: the symmetric block rule with the Kohn–Sham builder.  C2 in
+// STO-3G with SVWN5 from the Hartree–Fock density reaches the ¹Σg⁺ point that
+// the plain aufbau member reaches from the same start.
+TEST(KsDriver, DiatomicSymmetryMember) {
+  const testing::Case c2{{6, 6}, {0, 0, -0.62125, 0, 0, 0.62125}, {6, 6}};
+  Host h(c2, "STO-3G");
+  h.hartree_fock();
+  const std::vector<double> hf_rho = h.f.rho;
+  h.ks_ini("SVWN5");
+  h.ks_scf_c2("STO-3G", 100);
+  const double symmetric = h.etotal;
+  EXPECT_LT(h.de_final, kThreshold);
+  h.f.rho = hf_rho;
+  h.ks_ini("SVWN5");
+  h.ks_scf(KS_SCF_WOLOG, 100);
+  EXPECT_NEAR(symmetric, h.etotal, kSameSolution);
+}
+
+// The host's standard output goes to the death test's stderr, where EXPECT_EXIT
+// reads the message.
+#define STDOUT_TO_STDERR(call) \
+  {                            \
+    std::fflush(stdout);       \
+    dup2(2, 1);                \
+    call;                      \
+  }
+
+// A name that is no functional passes the weight rule (weight 0, no message)
+// and is stopped by the exchange–correlation matrix.
+TEST(KsDriverDeathTest, UnknownFunctionalStopsAtTheExchangeCorrelationMatrix) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  Host h(testing::h2(), "STO-3G");
+  h.carry_counts();
+  EXPECT_EXIT(STDOUT_TO_STDERR(h.ks_ini("NOSUCH", 1)), ::testing::ExitedWithCode(1),
+              "Wrong DFname in calcvXchCorr\\.");
 }
 
 }  // namespace

@@ -166,7 +166,7 @@ NWCHEM_ROWS = [("h2o_6-31pGxx", f) for f in ALL] + [
     ("oh_6-31Gx", "SVWN5"), ("oh_6-31Gx", "SVWN3"), ("oh_6-31Gx", "B3LYP"),
     ("oh_6-31Gx", "B3LYP3"), ("oh_6-31Gx", "BOP"),
     ("hcl_6-31ppG", "B3LYP"), ("n2_6-31Gx", "BLYP"), ("nh3_6-31GxxC", "B3LYP3"),
-    ("ch2_6-31Gxx", "B3LYP"), ("sh_6-31Gx", "BLYP")]
+    ("ch2_6-31Gxx", "B3LYP"), ("sh_6-31Gx", "BLYP"), ("c10h16_STO-3G", "B3LYP")]
 
 TIMING_FILES = ["molecules_ks/c6h6_6-31Gx.mol", "molecules/c10h16_6-31Gx.mol"]
 
