@@ -209,9 +209,12 @@ NORVIK_API void HF_INI_NOINT_DIRECT(NORVIK_HF_INI_ARGS);
  *   28 npts (in);  29 points (in, (3, npts) Å, as GRID_MOLE gives them);
  *   30 w (in, npts weights);  31 chi (in, (4, npts, nbasis) from LIST_BASIS);
  *   32 rhogrid (out, (8, npts): the density table of the last density);
- *   33 vxc (out, (n, n, 2): the exchange–correlation matrices in G, eV);
+ *   33 vxc (out, (n, n, 2): the exchange–correlation matrices contained in G,
+ *      eV; not read: Vxc is a function of rho, so on entry the driver makes it
+ *      again and continues from G − Vxc as the J − aK part);
  *   34 nelec (out, 3: the electrons the grid sees, α, β, both);
- *   35 G, 36 rho, 37 orbitals (as HF_SCF's 27–29; G = J − aK + Vxc);
+ *   35 G, 36 rho, 37 orbitals (as HF_SCF's 27–29; G = J − aK + Vxc, on entry
+ *      that of rho, as KS_INI or the previous KS_SCF call left them);
  *   38 energy (out, electronic energy without the exchange–correlation energy, eV);
  *   39 exc (out, 3: exchange–correlation energy, its exchange and correlation
  *      parts, eV);  40 etotal (out, energy + exc(1): the electronic energy, eV);

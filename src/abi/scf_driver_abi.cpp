@@ -23,9 +23,7 @@ void hf_scf(const abi::Member& member, const scf::OrbitalRule& rule, NORVIK_HF_S
       abi::system_of(member.build, nbasis, northo, X, S, T, V, dipints, NORVIK_CONTEXT_CALL);
   const scf::CycleSettings settings =
       abi::cycle_settings(member, niter, damp, thr_ene, thr_rms, e_offset, dip_offset);
-  const scf::CycleObserver log =
-      member.log ? abi::run_log(abi::text_in(logfile, abi::kFileNameLength), *iopt, *isrc)
-                 : scf::CycleObserver();
+  const scf::CycleObserver log = abi::member_log(member, logfile, *iopt, *isrc);
   const scf::ScfResult r =
       scf::run_scf(system, settings, abi::scf_arrays(*nbasis, G, rho, orbitals), rule, log);
   *energy = r.energy;

@@ -52,10 +52,8 @@ void ks_scf(const abi::Member& member, const scf::OrbitalRule& rule, NORVIK_KS_S
       abi::system_of(member.build, nbasis, northo, X, S, T, V, dipints, NORVIK_CONTEXT_CALL);
   const scf::CycleSettings settings =
       abi::cycle_settings(member, niter, damp, thr_ene, thr_rms, e_offset, dip_offset);
-  const scf::CycleObserver log =
-      member.log ? abi::run_log(abi::text_in(logfile, abi::kFileNameLength), *iopt, *isrc)
-                 : scf::CycleObserver();
-  (void)points;
+  const scf::CycleObserver log = abi::member_log(member, logfile, *iopt, *isrc);
+  (void)points;  // the host's grid; the basis table chi already holds what the cycle needs
   scf::KohnShamBuilder builder(system.context, member.build, functional_of(functional),
                                dft::table_by_point(*npts, *nbasis, {w, count(*npts)}, chi));
   const scf::ScfResult r = scf::run_cycles(system, builder, rule, settings,

@@ -45,6 +45,12 @@ scf::ScfSystem system_of(scf::FockBuild build, const norvik_int* nbasis, const n
   return system;
 }
 
+scf::CycleObserver member_log(const Member& member, const char* logfile, norvik_int iopt,
+                              norvik_int isrc) {
+  if (!member.log) return {};
+  return run_log(text_in(logfile, kFileNameLength), iopt, isrc);
+}
+
 scf::CycleSettings cycle_settings(const Member& member, const norvik_int* niter, const double* damp,
                                   const double* thr_ene, const double* thr_rms,
                                   const double* e_offset, const double* dip_offset) {

@@ -50,6 +50,11 @@ scf::ScfSystem system_of(scf::FockBuild build, const norvik_int* nbasis, const n
                          const double* X, const double* S, const double* T, const double* V,
                          const double* dipints, NORVIK_CONTEXT_ARGS);
 
+// The run log of a member: one line per cycle to `logfile`, or none (_WOLOG,
+// _PART).
+scf::CycleObserver member_log(const Member& member, const char* logfile, norvik_int iopt,
+                              norvik_int isrc);
+
 // The cycle settings of a driver call.
 scf::CycleSettings cycle_settings(const Member& member, const norvik_int* niter, const double* damp,
                                   const double* thr_ene, const double* thr_rms,

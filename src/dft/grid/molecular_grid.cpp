@@ -47,12 +47,17 @@ namespace {
 // Weights [Å³] below this are left out of a grid made for a calculation.
 constexpr double kNegligibleWeight = 1e-20;
 
+// Points of element Z's template at the level.
+int template_points(int z, GridLevel level) {
+  return level == GridLevel::dense ? dense_points_per_atom(z) : points_per_atom(z);
+}
+
 }  // namespace
 
 int grid_point_count(std::span<const int> elements, GridLevel level) {
   int total = 0;
   for (int z : elements) {
-    total += level == GridLevel::dense ? dense_points_per_atom(z) : points_per_atom(z);
+    total += template_points(z, level);
   }
   return total;
 }
@@ -60,7 +65,7 @@ int grid_point_count(std::span<const int> elements, GridLevel level) {
 Grid make_grid(std::span<const int> elements, std::span<const double> positions, double r0,
                GridLevel level) {
   const bool dense = level == GridLevel::dense;
-  const auto size_of = [&](int z) { return dense ? dense_points_per_atom(z) : points_per_atom(z); };
+  const auto size_of = [&](int z) { return template_points(z, level); };
   const std::size_t natom = elements.size();
   std::vector<int> npts(natom), offset(natom), kind(natom), kinds;
   int total = 0;
