@@ -10,7 +10,9 @@
 
 #include "common/error.h"
 #include "common/fortran_format.h"
+#include "integrals/one/axis_expansion.h"
 #include "integrals/one/boys.h"
+#include "integrals/one/shell_plan.h"
 
 namespace norvik::integrals::one {
 
@@ -19,35 +21,17 @@ namespace {
 constexpr double kPi = std::numbers::pi;
 constexpr double kPiCubedOver8 = 31.006276680299816 / 8.0;
 
-constexpr int kMaxL = 3;            // f is the highest angular momentum served
-constexpr int kMaxComponents = 10;  // Cartesian components of one shell (f: 10)
+constexpr int kMaxL = kShellPlanMaxL;
+constexpr int kMaxComponents = kShellPlanComponents;
 constexpr int kMaxF = basis::kMaxFunctionsPerShell;
-constexpr int kMaxP = basis::kMaxPrimitives;
 constexpr int kAxisB = kMaxL + 3;  // b exponents up to lmax + 2 (kinetic energy)
-
-// A shell as the builder walks it: its distinct Cartesian components, each
-// function as (component, coefficient) terms, and the contraction weights
-// d_k / N(alpha_k, L) of each function.
-struct ShellPlan {
-  Vec3 centre{};
-  int nprim = 0;
-  std::array<double, kMaxP> exponent{};
-  int ncomp = 0;
-  std::array<Lmn, kMaxComponents> comp{};
-  Lmn lmax{};    // largest exponent per axis over the components
-  int ltot = 0;  // largest total degree
-  int nfunc = 0;
-  std::array<int, kMaxF> nterm{};
-  std::array<std::array<int, basis::kMaxTerms>, kMaxF> term_comp{};
-  std::array<std::array<double, basis::kMaxTerms>, kMaxF> term_coef{};
-  std::array<std::array<double, kMaxP>, kMaxF> weight{};
-  int offset = 0;  // index of its first function
-};
 
 [[noreturn]] void bad_shell(std::size_t s) {
   throw Error(fortran::list_directed(
       {"Wrong shell in calcMtrx. shell = ", static_cast<std::int64_t>(s + 1)}));
 }
+
+}  // namespace
 
 std::vector<ShellPlan> plan_shells(const basis::BasisSet& basis, std::span<const Vec3> positions) {
   std::vector<ShellPlan> plans(basis.shells.size());
@@ -59,7 +43,8 @@ std::vector<ShellPlan> plan_shells(const basis::BasisSet& basis, std::span<const
       throw Error(fortran::list_directed(
           {"Wrong atom of shell in calcMtrx. shell = ", static_cast<std::int64_t>(s + 1)}));
     }
-    if (shell.kind < 1 || shell.kind > kMaxF || shell.nprim < 1 || shell.nprim > kMaxP) {
+    if (shell.kind < 1 || shell.kind > kMaxF || shell.nprim < 1 ||
+        shell.nprim > basis::kMaxPrimitives) {
       bad_shell(s);
     }
     p.centre = positions[static_cast<std::size_t>(shell.atom)];
@@ -95,86 +80,19 @@ std::vector<ShellPlan> plan_shells(const basis::BasisSet& basis, std::span<const
   return plans;
 }
 
+namespace {
+
 // Integrals over the Cartesian components of one shell pair, summed over the
 // primitive pairs with the contraction weights: one block per matrix.
 struct Block {
   std::array<std::array<double, kMaxF>, kMaxF> s{}, t{}, v{}, x{}, y{}, z{};
 };
 
-// Binomial coefficients C(n, k), n <= kMaxL + 2.
-constexpr std::array<std::array<double, kAxisB>, kAxisB> kBinomial = [] {
-  std::array<std::array<double, kAxisB>, kAxisB> c{};
-  for (int n = 0; n < kAxisB; ++n) {
-    c[n][0] = 1.0;
-    for (int k = 1; k <= n; ++k) c[n][k] = c[n - 1][k - 1] + (k < n ? c[n - 1][k] : 0.0);
-  }
-  return c;
-}();
-
 constexpr int kMaxI = 2 * kMaxL + 2;  // largest l1 + l2 on one axis (b raised by two)
 
-constexpr std::array<double, kMaxI + 1> kInverseFactorial = [] {
-  std::array<double, kMaxI + 1> f{};
-  double v = 1.0;
-  for (int k = 0; k <= kMaxI; ++k) {
-    if (k > 0) v *= k;
-    f[k] = 1.0 / v;
-  }
-  return f;
-}();
-
-// The per-axis data of one primitive pair: the binomial expansion coefficients
-// f_i(l1, l2, PA, PB) for every exponent pair the shells need.
-struct AxisExpansion {
-  double f[kMaxL + 1][kAxisB][kMaxI + 1];
-};
-
-void expand_axis(int la_max, int lb_max, double pa, double pb, AxisExpansion& e) {
-  double pa_pow[kAxisB], pb_pow[kAxisB];
-  pa_pow[0] = pb_pow[0] = 1.0;
-  for (int k = 1; k < kAxisB; ++k) {
-    pa_pow[k] = pa_pow[k - 1] * pa;
-    pb_pow[k] = pb_pow[k - 1] * pb;
-  }
-  for (int l1 = 0; l1 <= la_max; ++l1) {
-    for (int l2 = 0; l2 <= lb_max; ++l2) {
-      double* f = e.f[l1][l2];
-      for (int i = 0; i <= l1 + l2; ++i) f[i] = 0.0;
-      // (x + pa)^l1 (x + pb)^l2: the term x^k1 x^k2 adds to f_(k1 + k2).
-      for (int k1 = 0; k1 <= l1; ++k1) {
-        const double c1 = kBinomial[l1][k1] * pa_pow[l1 - k1];
-        for (int k2 = 0; k2 <= l2; ++k2) f[k1 + k2] += c1 * kBinomial[l2][k2] * pb_pow[l2 - k2];
-      }
-    }
-  }
-}
-
-// H_i(nu) = (-1)^i i! sum over r, u with i - 2r - u = nu of
-// (-1)^u PC^(i-2r-2u) eps^(r+u) / (r! u! (i-2r-2u)!): the part of the A-factors
-// that depends on the nucleus, so that G(l1, l2)(nu) = sum_i f_i(l1, l2) H_i(nu).
-void nucleus_axis(int imax, double pc, double eps, double h[kMaxI + 1][kMaxI + 1]) {
-  double pc_pow[kMaxI + 1], eps_pow[kMaxI + 1];
-  pc_pow[0] = eps_pow[0] = 1.0;
-  for (int k = 1; k <= imax; ++k) {
-    pc_pow[k] = pc_pow[k - 1] * pc;
-    eps_pow[k] = eps_pow[k - 1] * eps;
-  }
-  double factorial = 1.0;
-  for (int i = 0; i <= imax; ++i) {
-    if (i > 0) factorial *= i;
-    double* hi = h[i];
-    for (int nu = 0; nu <= i; ++nu) hi[nu] = 0.0;
-    const double lead = (i % 2 == 0 ? 1.0 : -1.0) * factorial;
-    for (int r = 0; 2 * r <= i; ++r) {
-      for (int u = 0; 2 * (r + u) <= i; ++u) {
-        const int k = i - 2 * r - 2 * u;
-        const double term = pc_pow[k] * eps_pow[r + u] * kInverseFactorial[r] *
-                            kInverseFactorial[u] * kInverseFactorial[k];
-        hi[i - 2 * r - u] += (u % 2 == 0 ? lead : -lead) * term;
-      }
-    }
-  }
-}
+// The per-axis expansion of one primitive pair for every exponent pair the
+// shells need (b raised by two for the kinetic energy).
+using AxisExpansion = one::AxisExpansion<kMaxL + 1, kAxisB, kMaxI + 1>;
 
 // The primitive pair (ka, kb) of shells a, b added into `block`.
 void add_primitive_pair(const ShellPlan& a, int ka, const ShellPlan& b, int kb,

@@ -1,0 +1,91 @@
+// The per-axis pieces of the Gaussian-product expansion shared by the
+// one-electron matrices and their nuclear derivatives: the binomial expansion
+// coefficients f_i(l1, l2, PA, PB) of (x + PA)^l1 (x + PB)^l2, and the
+// nucleus-dependent part H_i(nu) of the nuclear-attraction A-factors.  The
+// array bounds are template arguments so that each caller sizes them for the
+// angular momenta it needs.
+#pragma once
+
+#include <array>
+
+namespace norvik::integrals::one {
+
+// Largest power that the tables below serve.
+inline constexpr int kAxisTableSize = 14;
+
+// Binomial coefficients C(n, k), n < kAxisTableSize.
+inline constexpr std::array<std::array<double, kAxisTableSize>, kAxisTableSize> kAxisBinomial = [] {
+  std::array<std::array<double, kAxisTableSize>, kAxisTableSize> c{};
+  for (int n = 0; n < kAxisTableSize; ++n) {
+    c[n][0] = 1.0;
+    for (int k = 1; k <= n; ++k) c[n][k] = c[n - 1][k - 1] + (k < n ? c[n - 1][k] : 0.0);
+  }
+  return c;
+}();
+
+inline constexpr std::array<double, kAxisTableSize> kAxisInverseFactorial = [] {
+  std::array<double, kAxisTableSize> f{};
+  double v = 1.0;
+  for (int k = 0; k < kAxisTableSize; ++k) {
+    if (k > 0) v *= k;
+    f[k] = 1.0 / v;
+  }
+  return f;
+}();
+
+// f[l1][l2][i] for l1 ≤ la_max, l2 ≤ lb_max (la_max < NA, lb_max < NB, la_max
+// + lb_max < NI).
+template <int NA, int NB, int NI>
+struct AxisExpansion {
+  double f[NA][NB][NI];
+};
+
+template <int NA, int NB, int NI>
+void expand_axis(int la_max, int lb_max, double pa, double pb, AxisExpansion<NA, NB, NI>& e) {
+  double pa_pow[NA], pb_pow[NB];
+  pa_pow[0] = pb_pow[0] = 1.0;
+  for (int k = 1; k < NA; ++k) pa_pow[k] = pa_pow[k - 1] * pa;
+  for (int k = 1; k < NB; ++k) pb_pow[k] = pb_pow[k - 1] * pb;
+  for (int l1 = 0; l1 <= la_max; ++l1) {
+    for (int l2 = 0; l2 <= lb_max; ++l2) {
+      double* f = e.f[l1][l2];
+      for (int i = 0; i <= l1 + l2; ++i) f[i] = 0.0;
+      // (x + pa)^l1 (x + pb)^l2: the term x^k1 x^k2 adds to f_(k1 + k2).
+      for (int k1 = 0; k1 <= l1; ++k1) {
+        const double c1 = kAxisBinomial[l1][k1] * pa_pow[l1 - k1];
+        for (int k2 = 0; k2 <= l2; ++k2) f[k1 + k2] += c1 * kAxisBinomial[l2][k2] * pb_pow[l2 - k2];
+      }
+    }
+  }
+}
+
+// H_i(nu) = (-1)^i i! sum over r, u with i - 2r - u = nu of
+// (-1)^u PC^(i-2r-2u) eps^(r+u) / (r! u! (i-2r-2u)!): the part of the A-factors
+// that depends on the nucleus, so that G(l1, l2)(nu) = sum_i f_i(l1, l2) H_i(nu).
+// imax < NI.
+template <int NI>
+void nucleus_axis(int imax, double pc, double eps, double (&h)[NI][NI]) {
+  double pc_pow[NI], eps_pow[NI];
+  pc_pow[0] = eps_pow[0] = 1.0;
+  for (int k = 1; k <= imax; ++k) {
+    pc_pow[k] = pc_pow[k - 1] * pc;
+    eps_pow[k] = eps_pow[k - 1] * eps;
+  }
+  double factorial = 1.0;
+  for (int i = 0; i <= imax; ++i) {
+    if (i > 0) factorial *= i;
+    double* hi = h[i];
+    for (int nu = 0; nu <= i; ++nu) hi[nu] = 0.0;
+    const double lead = (i % 2 == 0 ? 1.0 : -1.0) * factorial;
+    for (int r = 0; 2 * r <= i; ++r) {
+      for (int u = 0; 2 * (r + u) <= i; ++u) {
+        const int k = i - 2 * r - 2 * u;
+        const double term = pc_pow[k] * eps_pow[r + u] * kAxisInverseFactorial[r] *
+                            kAxisInverseFactorial[u] * kAxisInverseFactorial[k];
+        hi[i - 2 * r - u] += (u % 2 == 0 ? lead : -lead) * term;
+      }
+    }
+  }
+}
+
+}  // namespace norvik::integrals::one
