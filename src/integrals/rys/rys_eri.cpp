@@ -196,21 +196,23 @@ inline double dot(const double* x, const double* y, int n) {
 // Adds the batch's contribution sum_v Ix Iy Iz to every [e0|f0] of the
 // contracted block g (row f, column e: g[f*ne + e]).  The x*y product of a
 // pair of (x, y) powers is formed once and reused for every z power.
+// Only e of total degree emin ... emax and f of fmin ... fmax are formed (the
+// block keeps the plan's layout); the plain form takes the plan's ranges.
 void accumulate(const Plan& p, int n, const double* ix, const double* iy, const double* iz,
-                double* xy, double* g) {
+                double* xy, double* g, int emin, int emax, int fmin, int fmax) {
   const int stride_e = (p.lcd + 1) * n;
-  for (int ex = 0; ex <= p.lab; ++ex) {
-    for (int ey = 0; ey + ex <= p.lab; ++ey) {
-      const int ez_lo = std::max(0, p.la - ex - ey);
-      const int ez_hi = p.lab - ex - ey;
-      for (int fx = 0; fx <= p.lcd; ++fx) {
-        for (int fy = 0; fy + fx <= p.lcd; ++fy) {
+  for (int ex = 0; ex <= emax; ++ex) {
+    for (int ey = 0; ey + ex <= emax; ++ey) {
+      const int ez_lo = std::max(0, emin - ex - ey);
+      const int ez_hi = emax - ex - ey;
+      for (int fx = 0; fx <= fmax; ++fx) {
+        for (int fy = 0; fy + fx <= fmax; ++fy) {
           const double* x = ix + ex * stride_e + fx * n;
           const double* y = iy + ey * stride_e + fy * n;
 #pragma omp simd
           for (int v = 0; v < n; ++v) xy[v] = x[v] * y[v];
-          const int fz_lo = std::max(0, p.lc - fx - fy);
-          const int fz_hi = p.lcd - fx - fy;
+          const int fz_lo = std::max(0, fmin - fx - fy);
+          const int fz_hi = fmax - fx - fy;
           for (int ez = ez_lo; ez <= ez_hi; ++ez) {
             const int e = span_index(p.la, ex, ey, ez);
             for (int fz = fz_lo; fz <= fz_hi; ++fz) {
@@ -222,6 +224,11 @@ void accumulate(const Plan& p, int n, const double* ix, const double* iy, const 
       }
     }
   }
+}
+
+void accumulate(const Plan& p, int n, const double* ix, const double* iy, const double* iz,
+                double* xy, double* g) {
+  accumulate(p, n, ix, iy, iz, xy, g, p.la, p.lab, p.lc, p.lcd);
 }
 
 // The horizontal recurrence (e, b + 1_i) = (e + 1_i, b) + AB_i (e, b), applied to
@@ -454,6 +461,282 @@ void RysEngine::compute(const ShellData& a, const ShellData& b, const ShellData&
   const std::size_t need = rys_scratch_size(a, b, c, d);
   if (scratch_.size() < need) scratch_.resize(need);
   rys_eri(a, b, c, d, cutoff, out, ld, scratch_);
+}
+
+}  // namespace norvik::integrals::rys
+
+namespace norvik::integrals::rys {
+
+namespace {
+
+// Angular momenta of the derivative route: a shell and one unit more.
+constexpr int kGradientMaxL = kMaxAngularMomentum - 1;
+
+// (l, m, n) of component c of shell L, and the positions of its neighbours one
+// unit up and down along each axis (−1 where the power is 0).
+struct StepTable {
+  std::array<std::array<std::array<int, 3>, cartesian_count(kGradientMaxL)>, kGradientMaxL + 1>
+      lmn{}, up{}, down{};
+};
+
+constexpr StepTable make_step_table() {
+  StepTable t{};
+  for (int L = 0; L <= kGradientMaxL; ++L)
+    for (int lx = L; lx >= 0; --lx)
+      for (int ly = L - lx; ly >= 0; --ly) {
+        const int lz = L - lx - ly;
+        const int c = cartesian_index(lx, ly, lz);
+        const int p[3] = {lx, ly, lz};
+        for (int k = 0; k < 3; ++k) {
+          t.lmn[L][c][k] = p[k];
+          t.up[L][c][k] = cartesian_index(lx + (k == 0), ly + (k == 1), lz + (k == 2));
+          t.down[L][c][k] =
+              p[k] > 0 ? cartesian_index(lx - (k == 0), ly - (k == 1), lz - (k == 2)) : -1;
+        }
+      }
+  return t;
+}
+constexpr StepTable kStep = make_step_table();
+
+// A contracted quartet (la lb | lc ld) from a block g of [e0|f0] whose rows f
+// cover lc_min ... and columns e cover la_min ... (ne_full columns): the
+// horizontal recurrences to [(a b)(c d)] rows-major over a, b, c, d.
+void finish_block(const Plan& full, int la, int lb, int lc, int ld, const double* g,
+                  const double ab[3], const double cd[3], std::vector<double> (&buf)[2],
+                  std::vector<double>& result) {
+  const int ne = component_span(la, la + lb);
+  const int nf = component_span(lc, lc + ld);
+  const int e0 = cartesian_offset(la) - cartesian_offset(full.la);
+  const int f0 = cartesian_offset(lc) - cartesian_offset(full.lc);
+  const int ncd = cartesian_count(lc) * cartesian_count(ld);
+  const std::size_t need = std::max({static_cast<std::size_t>(ne) * nf, hrr_buffer(lc, ld, ne),
+                                     static_cast<std::size_t>(ne) * ncd, hrr_buffer(la, lb, ncd)});
+  for (auto& b : buf)
+    if (b.size() < need) b.resize(need);
+  double* b0 = buf[0].data();
+  double* b1 = buf[1].data();
+  for (int f = 0; f < nf; ++f)
+    for (int e = 0; e < ne; ++e)
+      b0[static_cast<std::size_t>(f) * ne + e] =
+          g[static_cast<std::size_t>(f0 + f) * full.ne + static_cast<std::size_t>(e0 + e)];
+  double* ket_done = horizontal(lc, ld, cd, ne, b0, b1);
+  double* turned = ket_done == b0 ? b1 : b0;
+  for (int f = 0; f < ncd; ++f)
+    for (int e = 0; e < ne; ++e)
+      turned[static_cast<std::size_t>(e) * ncd + f] =
+          ket_done[static_cast<std::size_t>(f) * ne + e];
+  double* spare = turned == b0 ? b1 : b0;
+  const double* r = horizontal(la, lb, ab, ncd, turned, spare);
+  const std::size_t size =
+      static_cast<std::size_t>(cartesian_count(la)) * cartesian_count(lb) * ncd;
+  result.assign(r, r + size);
+}
+
+}  // namespace
+
+void RysGradientEngine::add(const ShellData& a_in, const ShellData& b_in, const ShellData& c_in,
+                            const ShellData& d_in, double cutoff, const double* gamma, int ld,
+                            std::array<std::array<double, 3>, 4>& grad) {
+  for (const ShellData* s : {&a_in, &b_in, &c_in, &d_in}) {
+    if (s->L < 0 || s->L > kGradientMaxL) {
+      throw Error(fortran::list_directed({"Error! Subroutine int2rys supports up to i function."}));
+    }
+    if (cartesian_count(s->L) > ld) {
+      throw Error(
+          fortran::list_directed({"Error! Parameter maxdim in int2rys is smaller than a shell."}));
+    }
+  }
+  const Ordered o = order(a_in, b_in, c_in, d_in);
+  const ShellData& a = o.a;
+  const ShellData& b = o.b;
+  const ShellData& c = o.c;
+  const ShellData& d = o.d;
+  // The extended quartet: e from max(la − 1, 0) to la + lb + 1, f likewise.
+  Plan p = make_plan(a, b, c, d);
+  const int la = p.la, lb = p.lb, lc = p.lc, lcd = p.lcd, lab = p.lab;
+  Plan q = p;
+  q.la = std::max(la - 1, 0);
+  q.lab = lab + 1;
+  q.lc = std::max(lc - 1, 0);
+  q.lcd = lcd + 1;
+  q.nroots = (lab + lcd + 1) / 2 + 1;
+  q.ne = component_span(q.la, q.lab);
+  q.nf = component_span(q.lc, q.lcd);
+  const int cells = (q.lab + 1) * (q.lcd + 1);
+  q.batch_kets = std::clamp(kBatchBudget / (cells * q.nroots), 1, std::max(q.nket, 1));
+  q.batch = q.batch_kets * q.nroots;
+  q.table = static_cast<std::size_t>(cells) * q.batch;
+  const std::size_t block = static_cast<std::size_t>(q.ne) * q.nf;
+  const std::size_t need = static_cast<std::size_t>(kPairDoubles) * (q.nbra + q.nket) +
+                           11 * static_cast<std::size_t>(q.batch) + 4 * q.table +
+                           static_cast<std::size_t>(q.batch) + 5 * block;
+  if (scratch_.size() < need) scratch_.resize(need);
+  double* cursor = scratch_.data();
+  auto take = [&cursor](std::size_t count) {
+    double* start = cursor;
+    cursor += count;
+    return start;
+  };
+  double* bra = take(static_cast<std::size_t>(kPairDoubles) * q.nbra);
+  double* ket = take(static_cast<std::size_t>(kPairDoubles) * q.nket);
+  double* b00 = take(q.batch);
+  double* b10 = take(q.batch);
+  double* b01 = take(q.batch);
+  double* c00[3] = {take(q.batch), take(q.batch), take(q.batch)};
+  double* d00[3] = {take(q.batch), take(q.batch), take(q.batch)};
+  double* weight = take(q.batch);
+  double* weight_c = take(q.batch);
+  double* table[4] = {take(q.table), take(q.table), take(q.table), take(q.table)};
+  double* xy = take(q.batch);
+  double* g_pair = take(block);  // one bra pair, plain ket weights
+  double* g0 = take(block);      // plain
+  double* ga = take(block);      // 2α
+  double* gb = take(block);      // 2β
+  double* gc = take(block);      // 2γ
+  std::fill(g0, g0 + 4 * block, 0.0);
+
+  // Exponents of the primitive pairs, in the order make_pairs keeps them.
+  std::vector<std::array<double, 2>> bra_exp, ket_exp;
+  auto pair_exponents = [cutoff](const ShellData& s1, const ShellData& s2,
+                                 std::vector<std::array<double, 2>>& out) {
+    double ab2 = 0.0;
+    for (int i = 0; i < 3; ++i)
+      ab2 += (s1.centre[i] - s2.centre[i]) * (s1.centre[i] - s2.centre[i]);
+    for (int i = 0; i < s1.nprim; ++i)
+      for (int j = 0; j < s2.nprim; ++j)
+        if (!(s1.exps[i] * s2.exps[j] * ab2 > cutoff * (s1.exps[i] + s2.exps[j])))
+          out.push_back({s1.exps[i], s2.exps[j]});
+  };
+  pair_exponents(a, b, bra_exp);
+  pair_exponents(c, d, ket_exp);
+  const int nbra = make_pairs(a, b, cutoff, bra);
+  const int nket = make_pairs(c, d, cutoff, ket);
+
+  double u[kMaxRoots];
+  double w[kMaxRoots];
+  for (int ib = 0; ib < nbra; ++ib) {
+    const double* pb = bra + kPairDoubles * ib;
+    const double zeta = pb[kZeta];
+    std::fill(g_pair, g_pair + block, 0.0);
+    for (int k0 = 0; k0 < nket; k0 += q.batch_kets) {
+      const int kets = std::min(q.batch_kets, nket - k0);
+      const int n = kets * q.nroots;
+      for (int kk = 0; kk < kets; ++kk) {
+        const double* pk = ket + kPairDoubles * (k0 + kk);
+        const double eta = pk[kZeta];
+        const double sum = zeta + eta;
+        double pq[3];
+        double pq2 = 0.0;
+        for (int i = 0; i < 3; ++i) {
+          pq[i] = pb[kCentre + i] - pk[kCentre + i];
+          pq2 += pq[i] * pq[i];
+        }
+        rys_roots_unchecked(zeta * eta / sum * pq2, q.nroots, u, w);
+        const double scale =
+            kTwoPiToFiveHalves / (zeta * eta * std::sqrt(sum)) * pb[kFactor] * pk[kFactor];
+        const double two_gamma = 2.0 * ket_exp[static_cast<std::size_t>(k0 + kk)][0];
+        for (int r = 0; r < q.nroots; ++r) {
+          const int v = kk * q.nroots + r;
+          const double t2 = u[r];
+          b00[v] = 0.5 * t2 / sum;
+          b10[v] = 0.5 / zeta - 0.5 * eta * t2 / (zeta * sum);
+          b01[v] = 0.5 / eta - 0.5 * zeta * t2 / (eta * sum);
+          for (int i = 0; i < 3; ++i) {
+            c00[i][v] = pb[kShift + i] - eta * t2 / sum * pq[i];
+            d00[i][v] = pk[kShift + i] + zeta * t2 / sum * pq[i];
+          }
+          weight[v] = scale * w[r];
+          weight_c[v] = two_gamma * weight[v];
+        }
+      }
+      for (int v = 0; v < n; ++v) xy[v] = 1.0;
+      build_2d(q, n, xy, c00[0], d00[0], b10, b01, b00, table[0]);
+      build_2d(q, n, xy, c00[1], d00[1], b10, b01, b00, table[1]);
+      build_2d(q, n, weight, c00[2], d00[2], b10, b01, b00, table[2]);
+      build_2d(q, n, weight_c, c00[2], d00[2], b10, b01, b00, table[3]);
+      // plain weights: the lowered blocks and the raised a and b; 2γ: the raised c
+      accumulate(q, n, table[0], table[1], table[2], xy, g_pair, q.la, lab + 1, q.lc, lcd);
+      accumulate(q, n, table[0], table[1], table[3], xy, gc, la, lab, lc + 1, lcd + 1);
+    }
+    const double two_alpha = 2.0 * bra_exp[static_cast<std::size_t>(ib)][0];
+    const double two_beta = 2.0 * bra_exp[static_cast<std::size_t>(ib)][1];
+    for (std::size_t i = 0; i < block; ++i) {
+      g0[i] += g_pair[i];
+      ga[i] += two_alpha * g_pair[i];
+      gb[i] += two_beta * g_pair[i];
+    }
+  }
+
+  const double cdv[3] = {c.centre[0] - d.centre[0], c.centre[1] - d.centre[1],
+                         c.centre[2] - d.centre[2]};
+  const double abv[3] = {a.centre[0] - b.centre[0], a.centre[1] - b.centre[1],
+                         a.centre[2] - b.centre[2]};
+  const int ldd = p.ld;
+  // Blocks: 0 (a+1), 1 (a−1), 2 (b+1), 3 (b−1), 4 (c+1), 5 (c−1).
+  finish_block(q, la + 1, lb, lc, ldd, ga, abv, cdv, hrr_, blocks_[0]);
+  if (la > 0) finish_block(q, la - 1, lb, lc, ldd, g0, abv, cdv, hrr_, blocks_[1]);
+  finish_block(q, la, lb + 1, lc, ldd, gb, abv, cdv, hrr_, blocks_[2]);
+  if (lb > 0) finish_block(q, la, lb - 1, lc, ldd, g0, abv, cdv, hrr_, blocks_[3]);
+  finish_block(q, la, lb, lc + 1, ldd, gc, abv, cdv, hrr_, blocks_[4]);
+  if (lc > 0) finish_block(q, la, lb, lc - 1, ldd, g0, abv, cdv, hrr_, blocks_[5]);
+
+  // Contract with Γ in the caller's layout.
+  const std::size_t lds = static_cast<std::size_t>(ld);
+  const std::size_t stride[4] = {1, lds, lds * lds, lds * lds * lds};
+  const std::size_t sa = o.swap_ab ? stride[1] : stride[0];
+  const std::size_t sb = o.swap_ab ? stride[0] : stride[1];
+  const std::size_t sc = o.swap_cd ? stride[3] : stride[2];
+  const std::size_t sd = o.swap_cd ? stride[2] : stride[3];
+  const int na = cartesian_count(la), nb = cartesian_count(lb), nc = cartesian_count(lc),
+            nd = cartesian_count(ldd);
+  const int na_up = cartesian_count(la + 1), nb_up = cartesian_count(lb + 1),
+            nc_up = cartesian_count(lc + 1);
+  const int na_dn = la > 0 ? cartesian_count(la - 1) : 0;
+  const int nb_dn = lb > 0 ? cartesian_count(lb - 1) : 0;
+  const int nc_dn = lc > 0 ? cartesian_count(lc - 1) : 0;
+  double gA[3] = {0, 0, 0}, gB[3] = {0, 0, 0}, gC[3] = {0, 0, 0};
+  const double* up_a = blocks_[0].data();
+  const double* dn_a = blocks_[1].data();
+  const double* up_b = blocks_[2].data();
+  const double* dn_b = blocks_[3].data();
+  const double* up_c = blocks_[4].data();
+  const double* dn_c = blocks_[5].data();
+  for (int ia = 0; ia < na; ++ia)
+    for (int ib = 0; ib < nb; ++ib)
+      for (int ic = 0; ic < nc; ++ic)
+        for (int id = 0; id < nd; ++id) {
+          const double gam = gamma[ia * sa + ib * sb + ic * sc + id * sd];
+          if (gam == 0.0) continue;
+          for (int k = 0; k < 3; ++k) {
+            // block index of (a', b', c', d) with sizes (n_a', n_b', n_c', nd)
+            auto at = [&](const double* blk, int xa, int nbx, int xb, int ncx, int xc) {
+              return blk[((static_cast<std::size_t>(xa) * nbx + xb) * ncx + xc) * nd + id];
+            };
+            double da = at(up_a, kStep.up[la][ia][k], nb, ib, nc, ic);
+            if (kStep.lmn[la][ia][k] > 0)
+              da -= kStep.lmn[la][ia][k] * at(dn_a, kStep.down[la][ia][k], nb, ib, nc, ic);
+            double db = at(up_b, ia, nb_up, kStep.up[lb][ib][k], nc, ic);
+            if (kStep.lmn[lb][ib][k] > 0)
+              db -= kStep.lmn[lb][ib][k] * at(dn_b, ia, nb_dn, kStep.down[lb][ib][k], nc, ic);
+            double dc = at(up_c, ia, nb, ib, nc_up, kStep.up[lc][ic][k]);
+            if (kStep.lmn[lc][ic][k] > 0)
+              dc -= kStep.lmn[lc][ic][k] * at(dn_c, ia, nb, ib, nc_dn, kStep.down[lc][ic][k]);
+            gA[k] += gam * da;
+            gB[k] += gam * db;
+            gC[k] += gam * dc;
+          }
+        }
+  (void)na_up;
+  (void)na_dn;
+  // Back to the caller's centres.
+  const int ia_out = o.swap_ab ? 1 : 0, ib_out = o.swap_ab ? 0 : 1;
+  const int ic_out = o.swap_cd ? 3 : 2, id_out = o.swap_cd ? 2 : 3;
+  for (int k = 0; k < 3; ++k) {
+    grad[ia_out][k] += gA[k];
+    grad[ib_out][k] += gB[k];
+    grad[ic_out][k] += gC[k];
+    grad[id_out][k] -= gA[k] + gB[k] + gC[k];
+  }
 }
 
 }  // namespace norvik::integrals::rys

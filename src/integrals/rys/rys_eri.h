@@ -87,4 +87,24 @@ class RysEngine {
   std::vector<double> scratch_;
 };
 
+// The nuclear-derivative contraction of one quartet: with Γ a block over the
+// Cartesian components in the layout of `rys_eri` (gamma[ia + ld*(ib + ld*(ic +
+// ld*id))]), adds Σ Γ ∂(ab|cd)/∂R_X to grad[X] (hartree/bohr per unit of Γ) for
+// the four centres X = a, b, c, d in the caller's order.  One pass over the
+// primitive quartets serves all four: the two-dimensional integrals are built
+// one unit higher on every centre, contracted plainly and with the weights 2α,
+// 2β, 2γ of the raised centres, and the derivative integrals follow from
+// ∂/∂A_x (x_A^l …) = 2α x_A^(l+1) … − l x_A^(l−1) …; the fourth centre by
+// translational invariance.  Shells up to angular momentum 5.
+class RysGradientEngine {
+ public:
+  void add(const ShellData& a, const ShellData& b, const ShellData& c, const ShellData& d,
+           double cutoff, const double* gamma, int ld, std::array<std::array<double, 3>, 4>& grad);
+
+ private:
+  std::vector<double> scratch_;
+  std::array<std::vector<double>, 6> blocks_;
+  std::vector<double> hrr_[2];
+};
+
 }  // namespace norvik::integrals::rys

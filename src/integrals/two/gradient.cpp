@@ -19,36 +19,11 @@ namespace {
 // Blocks of the fixed partition of the bra shell pairs.
 constexpr int kBlocks = 32;
 
-// Largest Cartesian block of a sub-shell quartet with one centre raised (g).
-constexpr int kMaxRaisedL = 4;
-
-// Position of the component of `local` (within shell L) raised or lowered by one
-// along axis k, within shell L ± 1.
-struct ComponentSteps {
-  std::array<std::array<int, 3>, ncart(kMaxRaisedL)> plus{}, minus{}, lmn{};
-};
-
-constexpr std::array<ComponentSteps, kMaxRaisedL> make_steps() {
-  std::array<ComponentSteps, kMaxRaisedL> steps{};
-  for (int L = 0; L < kMaxRaisedL; ++L) {
-    for (int c = 0; c < ncart(L); ++c) {
-      const int g = ncart_upto(L - 1) + c;
-      for (int k = 0; k < 3; ++k) {
-        steps[L].lmn[c][k] = kCart.lmn[g][k];
-        steps[L].plus[c][k] = kCart.plus[g][k] - ncart_upto(L);
-        steps[L].minus[c][k] = kCart.minus[g][k] < 0 ? -1 : kCart.minus[g][k] - ncart_upto(L - 2);
-      }
-    }
-  }
-  return steps;
-}
-constexpr std::array<ComponentSteps, kMaxRaisedL> kSteps = make_steps();
-
 struct Workspace {
-  rys::RysEngine rys;
-  std::vector<double> gamma;            // function block of the quartet
-  std::vector<double> cart, spare;      // Cartesian block and transform scratch
-  std::vector<double> raised, lowered;  // derivative integrals
+  rys::RysGradientEngine rys;
+  std::vector<double> gamma;        // function block of the quartet
+  std::vector<double> cart, spare;  // Cartesian block and transform scratch
+  std::vector<double> layout;       // Γc in the engine's layout
 };
 
 // The Cartesian block of Γ for one sub-shell quartet: Γc = Σ_f Γ_f Π M_s,
@@ -114,11 +89,12 @@ bool cartesian_gamma(const IntegralShell* const sh[4], const int sub[4], const d
   return true;
 }
 
-// Σ Γc · ∂(abcd)/∂(centre t) for the sub-shell quartet, added to g (3).
-void centre_derivative(const IntegralShell* const sh[4], const int sub[4], int t, Workspace& ws,
-                       std::array<double, 3>& g) {
+// Σ Γc · ∂(abcd)/∂R for the four centres of the sub-shell quartet, added to g.
+void quartet_derivative(const IntegralShell* const sh[4], const int sub[4], Workspace& ws,
+                        std::array<std::array<double, 3>, 4>& g) {
   rys::ShellData rs[4];
-  int lmax = 0;
+  int nc[4];
+  int ld = 1;
   for (int s = 0; s < 4; ++s) {
     const SubShell& ss = sh[s]->sub[sub[s]];
     rs[s].L = ss.l;
@@ -126,61 +102,19 @@ void centre_derivative(const IntegralShell* const sh[4], const int sub[4], int t
     rs[s].exps = sh[s]->exponents.data();
     rs[s].coefs = ss.coef.data();
     rs[s].centre = sh[s]->centre;
-    lmax = std::max(lmax, ss.l);
+    nc[s] = ncart(ss.l);
+    ld = std::max(ld, nc[s]);
   }
-  const int L = rs[t].L;
-  const int ld = ncart(std::max(lmax, L + 1));
-  const std::size_t block = static_cast<std::size_t>(ld) * ld * ld * ld;
-  if (ws.raised.size() < block) ws.raised.resize(block);
-  if (ws.lowered.size() < block) ws.lowered.resize(block);
-
-  std::array<double, basis::kMaxPrimitives> scaled{};
-  for (int p = 0; p < rs[t].nprim; ++p) scaled[p] = 2.0 * rs[t].exps[p] * rs[t].coefs[p];
-  rys::ShellData up = rs[t];
-  up.L = L + 1;
-  up.coefs = scaled.data();
-  {
-    rys::ShellData q[4] = {rs[0], rs[1], rs[2], rs[3]};
-    q[t] = up;
-    ws.rys.compute(q[0], q[1], q[2], q[3], kPairCutoff, ws.raised.data(), ld);
-    if (L > 0) {
-      q[t] = rs[t];
-      q[t].L = L - 1;
-      ws.rys.compute(q[0], q[1], q[2], q[3], kPairCutoff, ws.lowered.data(), ld);
-    }
-  }
-  const int nc[4] = {ncart(rs[0].L), ncart(rs[1].L), ncart(rs[2].L), ncart(rs[3].L)};
-  const std::size_t stride[4] = {1, static_cast<std::size_t>(ld), static_cast<std::size_t>(ld) * ld,
-                                 static_cast<std::size_t>(ld) * ld * ld};
-  const ComponentSteps& steps = kSteps[L];
+  // Γc is row-major (a, b, c, d); the engine reads a fastest.
+  const std::size_t lds = static_cast<std::size_t>(ld);
+  ws.layout.assign(lds * lds * lds * lds, 0.0);
   const double* gc = ws.cart.data();
-  double gx = 0, gy = 0, gz = 0;
-  int c[4];
-  for (c[0] = 0; c[0] < nc[0]; ++c[0])
-    for (c[1] = 0; c[1] < nc[1]; ++c[1])
-      for (c[2] = 0; c[2] < nc[2]; ++c[2])
-        for (c[3] = 0; c[3] < nc[3]; ++c[3]) {
-          const double gamma = *gc++;
-          if (gamma == 0.0) continue;
-          std::size_t base = 0;
-          for (int s = 0; s < 4; ++s)
-            if (s != t) base += static_cast<std::size_t>(c[s]) * stride[s];
-          const int ct = c[t];
-          double d[3];
-          for (int k = 0; k < 3; ++k) {
-            d[k] = ws.raised[base + static_cast<std::size_t>(steps.plus[ct][k]) * stride[t]];
-            const int l = steps.lmn[ct][k];
-            if (l > 0)
-              d[k] -=
-                  l * ws.lowered[base + static_cast<std::size_t>(steps.minus[ct][k]) * stride[t]];
-          }
-          gx += gamma * d[0];
-          gy += gamma * d[1];
-          gz += gamma * d[2];
-        }
-  g[0] += gx;
-  g[1] += gy;
-  g[2] += gz;
+  for (int a = 0; a < nc[0]; ++a)
+    for (int b = 0; b < nc[1]; ++b)
+      for (int c = 0; c < nc[2]; ++c)
+        for (int d = 0; d < nc[3]; ++d)
+          ws.layout[static_cast<std::size_t>(a) + lds * (b + lds * (c + lds * d))] = *gc++;
+  ws.rys.add(rs[0], rs[1], rs[2], rs[3], kPairCutoff, ws.layout.data(), ld, g);
 }
 
 }  // namespace
@@ -273,15 +207,6 @@ void two_electron_gradient(const ContextView& c, int natom, double exchange_weig
               }
             }
           }
-          // The dependent centre: one on the atom that most centres share.
-          int dep = 3, best = 0;
-          for (int t = 0; t < 4; ++t) {
-            const int count = static_cast<int>(std::count(at, at + 4, at[t]));
-            if (count > best) {
-              best = count;
-              dep = t;
-            }
-          }
           std::array<std::array<double, 3>, 4> g{};
           for (int x0 = 0; x0 < sh[0]->nsub; ++x0)
             for (int x1 = 0; x1 < sh[1]->nsub; ++x1)
@@ -289,16 +214,10 @@ void two_electron_gradient(const ContextView& c, int natom, double exchange_weig
                 for (int x3 = 0; x3 < sh[3]->nsub; ++x3) {
                   const int sub[4] = {x0, x1, x2, x3};
                   if (!cartesian_gamma(sh, sub, ws.gamma.data(), ws)) continue;
-                  for (int t = 0; t < 4; ++t)
-                    if (at[t] != at[dep]) centre_derivative(sh, sub, t, ws, g[t]);
+                  quartet_derivative(sh, sub, ws, g);
                 }
-          for (int t = 0; t < 4; ++t) {
-            if (at[t] == at[dep]) continue;
-            for (int k = 0; k < 3; ++k) {
-              out[3 * static_cast<std::size_t>(at[t]) + k] += g[t][k];
-              out[3 * static_cast<std::size_t>(at[dep]) + k] -= g[t][k];
-            }
-          }
+          for (int t = 0; t < 4; ++t)
+            for (int k = 0; k < 3; ++k) out[3 * static_cast<std::size_t>(at[t]) + k] += g[t][k];
         }
       }
     }
