@@ -455,6 +455,26 @@ NORVIK_API void SCF_1POINT(const char* method, const char* basis, const char* re
                            double* rmsd, double* commutator, const double* grid_radius, double* xc,
                            const norvik_int* grid_level);
 
+/* Analytic gradient of a converged Hartree–Fock point, dE/dR of every atom:
+ *   1 basis (in, 20 chars);  2 natom;  3 zat (nuclear charges, 0 for a ghost);
+ *   4 zel (elements);  5 pos (in, (3, natom) Å);  6 nalpha, 7 nbeta;  8 nbasis;
+ *   9 rho (in, (n, n, 2): the converged density pair);  10 orbitals (in, (n, n + 1,
+ *   2): the converged orbitals with their levels [eV] in the last column);
+ *   11 grad (out, (3, natom) eV/Å).
+ * The lowest nalpha and nbeta orbitals are the occupied ones.  A wrong nbasis stops
+ * with "Wrong nbasis in GradEmol_HF." and both numbers. */
+NORVIK_API void GRADEMOL_HF(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                            const norvik_int* zel, const double* pos, const norvik_int* nalpha,
+                            const norvik_int* nbeta, const norvik_int* nbasis, const double* rho,
+                            const double* orbitals, double* grad);
+/* The same for one atom: arguments 1–10 of GRADEMOL_HF, 11 iatom (in, 1 … natom),
+ * 12 grad (out, 3, eV/Å).  Only the terms that involve the atom are computed. */
+NORVIK_API void GRADEMOL_HF_SUB(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                                const norvik_int* zel, const double* pos, const norvik_int* nalpha,
+                                const norvik_int* nbeta, const norvik_int* nbasis,
+                                const double* rho, const double* orbitals, const norvik_int* iatom,
+                                double* grad);
+
 /* ---- report sections (each appends to the report file, the last argument) ------- */
 
 /* Free-atom energies: natom; zat; zel; eatom (natom, eV); report. */

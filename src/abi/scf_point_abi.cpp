@@ -12,6 +12,7 @@
 #include "dft/functionals/functional_names.h"
 #include "norvik/scf.h"
 #include "report/scf_sections.h"
+#include "scf/gradient.h"
 #include "scf/single_point.h"
 
 namespace {
@@ -221,5 +222,60 @@ extern "C" NORVIK_API void SCF_1POINT(
     *commutator = std::sqrt(r.comm2) / norvik::constants::kHartreeEvLog;
     std::copy(r.xc_energy.begin(), r.xc_energy.end(), xc);
     xc[3] = r.grid_electrons[2];
+  });
+}
+
+namespace {
+
+// The molecule and the converged state that a gradient routine reads.
+struct GradientArgs {
+  const char* basis;
+  const norvik_int *natom, *zat, *zel;
+  const double* pos;
+  const norvik_int *nalpha, *nbeta, *nbasis;
+  const double *rho, *orbitals;
+};
+
+std::vector<double> gradient_of(const GradientArgs& a, const char* routine, int only_atom) {
+  const std::size_t na = count(*a.natom);
+  const std::string_view name = text_in(a.basis, kLongKeywordLength);
+  const scf::MoleculeView molecule{{a.zat, na}, {a.zel, na}, {a.pos, 3 * na}};
+  const int n = checked_nbasis(name, molecule, *a.nbasis, routine);
+  const std::size_t nn = abi::square(n);
+  scf::JobControl job;
+  job.basis = name;
+  return scf::point_gradient(job, molecule, {*a.nalpha, *a.nbeta}, {a.rho, 2 * nn},
+                             {a.orbitals, 2 * (nn + count(n))}, std::nullopt, only_atom);
+}
+
+}  // namespace
+
+extern "C" NORVIK_API void GRADEMOL_HF(const char* basis, const norvik_int* natom,
+                                       const norvik_int* zat, const norvik_int* zel,
+                                       const double* pos, const norvik_int* nalpha,
+                                       const norvik_int* nbeta, const norvik_int* nbasis,
+                                       const double* rho, const double* orbitals, double* grad) {
+  guarded([&] {
+    const std::vector<double> g = gradient_of(
+        {basis, natom, zat, zel, pos, nalpha, nbeta, nbasis, rho, orbitals}, "GradEmol_HF", -1);
+    std::copy(g.begin(), g.end(), grad);
+  });
+}
+
+extern "C" NORVIK_API void GRADEMOL_HF_SUB(const char* basis, const norvik_int* natom,
+                                           const norvik_int* zat, const norvik_int* zel,
+                                           const double* pos, const norvik_int* nalpha,
+                                           const norvik_int* nbeta, const norvik_int* nbasis,
+                                           const double* rho, const double* orbitals,
+                                           const norvik_int* iatom, double* grad) {
+  guarded([&] {
+    if (*iatom < 1 || *iatom > *natom) {
+      throw norvik::Error(norvik::fortran::list_directed(
+          {"Wrong atom in GradEmol_HF_sub.", std::int64_t{*iatom}, std::int64_t{*natom}}));
+    }
+    const int a = *iatom - 1;
+    const std::vector<double> g = gradient_of(
+        {basis, natom, zat, zel, pos, nalpha, nbeta, nbasis, rho, orbitals}, "GradEmol_HF_sub", a);
+    std::copy_n(g.begin() + 3 * a, 3, grad);
   });
 }

@@ -3,7 +3,10 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "basis/library.h"
 #include "common/constants.h"
+#include "common/error.h"
+#include "common/fortran_format.h"
 #include "integrals/one/gradient.h"
 #include "integrals/two/gradient.h"
 #include "integrals/two/two_electron.h"
@@ -54,7 +57,8 @@ std::vector<double> energy_weighted_density(int n, std::span<const double> orbit
 
 std::vector<double> scf_gradient(const basis::BasisSet& basis, const MoleculeView& molecule,
                                  const setup::ElectronCount& counts, std::span<const double> rho,
-                                 std::span<const double> orbitals, double exchange_weight) {
+                                 std::span<const double> orbitals, double exchange_weight,
+                                 int only_atom) {
   const int n = basis.nbasis();
   const std::size_t nu = static_cast<std::size_t>(n);
   const std::size_t natom = molecule.charges.size();
@@ -79,12 +83,23 @@ std::vector<double> scf_gradient(const basis::BasisSet& basis, const MoleculeVie
   const integrals::two::TwoElectronContext context =
       integrals::two::prepare(basis, bohr, /*store=*/false);
   integrals::two::two_electron_gradient(context.view(), static_cast<int>(natom), exchange_weight,
-                                        rho, grad);
+                                        rho, grad, only_atom);
 
   const double unit = kHartreeEv / kBohrAngstrom;
   std::vector<double> result = nuclear_repulsion_gradient(molecule.charges, molecule.positions);
   for (std::size_t i = 0; i < result.size(); ++i) result[i] += grad[i] * unit;
   return result;
+}
+
+std::vector<double> point_gradient(const JobControl& job, const MoleculeView& molecule,
+                                   const setup::ElectronCount& counts, std::span<const double> rho,
+                                   std::span<const double> orbitals,
+                                   const std::optional<KohnShamStage>& kohn_sham, int only_atom) {
+  const basis::BasisSet basis = basis::make_basis(job.basis, molecule.elements);
+  if (kohn_sham) {
+    throw Error(fortran::list_directed({"Kohn-Sham gradients are not available yet."}));
+  }
+  return scf_gradient(basis, molecule, counts, rho, orbitals, 1.0, only_atom);
 }
 
 }  // namespace norvik::scf

@@ -3,6 +3,7 @@
 // two-electron terms with the weight of exact exchange of the method.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -28,8 +29,20 @@ std::vector<double> energy_weighted_density(int n, std::span<const double> orbit
 // (a = exchange_weight: 1 for Hartree–Fock).  Ghost atoms (charge 0) move
 // their functions and carry no nucleus.  The exchange–correlation term of a
 // Kohn–Sham point is added by the caller.
+// With `only_atom` ≥ 0 only that atom's column is complete (the two-electron
+// terms of the quartets without it are left out).
 std::vector<double> scf_gradient(const basis::BasisSet& basis, const MoleculeView& molecule,
                                  const setup::ElectronCount& counts, std::span<const double> rho,
-                                 std::span<const double> orbitals, double exchange_weight = 1.0);
+                                 std::span<const double> orbitals, double exchange_weight = 1.0,
+                                 int only_atom = -1);
+
+// The gradient of a converged point in the job's basis (job.basis on the
+// molecule's elements): Hartree–Fock, or with a Kohn–Sham stage its exact
+// exchange and the exchange–correlation term on the stage's grid.
+std::vector<double> point_gradient(const JobControl& job, const MoleculeView& molecule,
+                                   const setup::ElectronCount& counts, std::span<const double> rho,
+                                   std::span<const double> orbitals,
+                                   const std::optional<KohnShamStage>& kohn_sham = std::nullopt,
+                                   int only_atom = -1);
 
 }  // namespace norvik::scf

@@ -64,10 +64,11 @@ class Molecule {
     return p;
   }
 
-  std::vector<double> analytic() const {
+  std::vector<double> analytic(int only_atom = -1) const {
     const Point p = compute(positions_);
     const basis::BasisSet basis = basis::make_basis(job_.basis, elements_);
-    return scf_gradient(basis, {charges_, elements_, positions_}, case_.counts, p.rho, p.orbitals);
+    return scf_gradient(basis, {charges_, elements_, positions_}, case_.counts, p.rho, p.orbitals,
+                        1.0, only_atom);
   }
 
   double difference(int coordinate) const {
@@ -138,6 +139,20 @@ TEST(HartreeFockGradient, OpenShellCationAndGhostAtom) {
   std::vector<Atom> atoms = kWater;
   atoms.push_back({2, true, {0.3, 0.2, 1.6}});
   check({"6-31Gx", atoms, {5, 5}, {0, 5, 9, 10, 11}});
+}
+
+TEST(HartreeFockGradient, OneAtomAtATimeGivesTheSameColumns) {
+  std::vector<Atom> atoms = kWater;
+  atoms.push_back({2, true, {0.3, 0.2, 1.6}});
+  const Molecule m({"6-31Gx", atoms, {5, 5}, {}});
+  const std::vector<double> all = m.analytic();
+  for (int a = 0; a < m.natom(); ++a) {
+    const std::vector<double> one = m.analytic(a);
+    for (int k = 0; k < 3; ++k)
+      EXPECT_NEAR(one[static_cast<std::size_t>(3 * a + k)],
+                  all[static_cast<std::size_t>(3 * a + k)], 1e-11)
+          << "atom " << a + 1;
+  }
 }
 
 TEST(HartreeFockGradient, FShellsOfZinc) {

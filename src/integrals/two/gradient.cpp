@@ -120,7 +120,7 @@ void quartet_derivative(const IntegralShell* const sh[4], const int sub[4], Work
 }  // namespace
 
 void two_electron_gradient(const ContextView& c, int natom, double exchange_weight,
-                           std::span<const double> rho, std::span<double> grad) {
+                           std::span<const double> rho, std::span<double> grad, int only_atom) {
   const int n = c.nbasis;
   const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
   if (rho.size() < 2 * nn || grad.size() < 3 * static_cast<std::size_t>(natom)) {
@@ -172,6 +172,9 @@ void two_electron_gradient(const ContextView& c, int natom, double exchange_weig
                     s3 = list.b[static_cast<std::size_t>(Q)];
           const int at[4] = {atom[s0], atom[s1], atom[s2], atom[s3]};
           if (at[0] == at[1] && at[0] == at[2] && at[0] == at[3]) continue;
+          if (only_atom >= 0 && at[0] != only_atom && at[1] != only_atom && at[2] != only_atom &&
+              at[3] != only_atom)
+            continue;
           auto dm = [&](int x, int y) {
             return dmax[static_cast<std::size_t>(x) * ns + static_cast<std::size_t>(y)];
           };

@@ -22,8 +22,10 @@ inline constexpr double kGradientNeglect = 1e-12;
 // Adds the gradient (3, natom) [hartree/bohr] to `grad`; the atoms are those
 // of the shell table (record entry 2, 1-based).  `rho` is the density pair
 // (n, n, 2).  Parallel over bra shell pairs in a fixed partition summed in a
-// fixed order: the result does not depend on the threads.
+// fixed order: the result does not depend on the threads.  With `only_atom`
+// ≥ 0 the quartets without a shell on that atom are left out: its column is
+// complete, the others are not.
 void two_electron_gradient(const ContextView& context, int natom, double exchange_weight,
-                           std::span<const double> rho, std::span<double> grad);
+                           std::span<const double> rho, std::span<double> grad, int only_atom = -1);
 
 }  // namespace norvik::integrals::two
