@@ -21,6 +21,7 @@
 #include "norvik/lebedev.h"
 #include "norvik/linalg.h"
 #include "norvik/memory.h"
+#include "norvik/optimizer.h"
 #include "norvik/report.h"
 #include "norvik/scf.h"
 #include "norvik/setup.h"
