@@ -23,6 +23,7 @@
 #include "norvik/memory.h"
 #include "norvik/optimizer.h"
 #include "norvik/report.h"
+#include "norvik/report_geometry.h"
 #include "norvik/scf.h"
 #include "norvik/setup.h"
 #include "norvik/xc.h"
