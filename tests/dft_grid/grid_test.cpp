@@ -246,6 +246,12 @@ TEST(WeightDerivatives, EqualCentralDifferences) {
       const auto j = 3 * static_cast<std::size_t>(c);
       expect_close({grad[j], grad[j + 1], grad[j + 2]}, central(coords, c, weight_of), "moving");
     }
+    // The grid's version, from one set of pair quantities, agrees to rounding.
+    MovingPointWeight moving(coords);
+    std::vector<double> fast(12);
+    const Point r{coords[k] + t[0], coords[k + 1] + t[1], coords[k + 2] + t[2]};
+    EXPECT_NEAR(moving(a, r, fast), fuzzy_weight(coords, a, r), 1e-15);
+    for (std::size_t j = 0; j < 12; ++j) EXPECT_NEAR(fast[j], grad[j], 1e-13) << a << " " << j;
   }
 }
 

@@ -94,18 +94,24 @@ Grid make_grid(std::span<const int> elements, std::span<const double> positions,
     }
   }
   Grid grid{std::vector<double>(3 * static_cast<std::size_t>(total)),
-            std::vector<double>(static_cast<std::size_t>(total))};
+            std::vector<double>(static_cast<std::size_t>(total)),
+            std::vector<int>(static_cast<std::size_t>(total))};
   molecular_grid(positions, {nmax, tp, tw, kind}, npts, offset, grid.points, grid.weights);
+  for (std::size_t a = 0; a < natom; ++a) {
+    std::fill_n(grid.owners.begin() + offset[a], npts[a], static_cast<int>(a));
+  }
   // Points deep in another atom's cell carry partition weights far below any
   // sum they could enter; they are left out, the others kept in order.
   std::size_t kept = 0;
   for (std::size_t p = 0; p < grid.weights.size(); ++p) {
     if (std::abs(grid.weights[p]) < kNegligibleWeight) continue;
     for (std::size_t k = 0; k < 3; ++k) grid.points[3 * kept + k] = grid.points[3 * p + k];
+    grid.owners[kept] = grid.owners[p];
     grid.weights[kept++] = grid.weights[p];
   }
   grid.points.resize(3 * kept);
   grid.weights.resize(kept);
+  grid.owners.resize(kept);
   return grid;
 }
 

@@ -36,6 +36,7 @@ enum class GridLevel { standard, dense };
 struct Grid {
   std::vector<double> points;   // (3, npts) Å
   std::vector<double> weights;  // (npts)
+  std::vector<int> owners;      // (npts) 0-based atom whose template each point comes from
   int size() const { return static_cast<int>(weights.size()); }
 };
 
@@ -46,7 +47,9 @@ int grid_point_count(std::span<const int> elements, GridLevel level);
 // The molecular grid of atoms of the given elements at `positions` ((3,
 // natom) Å) for base radius `r0` [Å]: one template per distinct element.
 // Points whose weight is below 1e-20 Å³ (deep in another atom's cell) are
-// left out; the others stay in the order of molecular_grid.
+// left out; the others stay in the order of molecular_grid, each with the
+// atom that owns it (the one whose template and partition weight it carries,
+// with which it moves when the atom moves).
 Grid make_grid(std::span<const int> elements, std::span<const double> positions, double r0,
                GridLevel level = GridLevel::standard);
 

@@ -154,4 +154,99 @@ void grad_point_weight(std::span<const double> coords, int a, const Point& r,
   for (std::size_t k = 0; k < 3; ++k) grad[3 * static_cast<std::size_t>(a) + k] = own[k];
 }
 
+MovingPointWeight::MovingPointWeight(std::span<const double> coords)
+    : n_(atoms(coords)), coords_(coords.begin(), coords.end()) {
+  const auto n = static_cast<std::size_t>(n_);
+  inv_dist_.assign(n * n, 0.0);
+  for (int b = 0; b < n_; ++b) {
+    for (int d = 0; d < n_; ++d) {
+      if (d != b) {
+        inv_dist_[static_cast<std::size_t>(b + n_ * d)] =
+            1.0 / distance(position(coords, b), position(coords, d));
+      }
+    }
+  }
+  dist_.resize(n);
+  unit_.resize(3 * n);
+  mu_.resize(n * n);
+  ds_.resize(n * n);
+  s_.resize(n * n);
+  others_.resize(n * n);
+}
+
+double MovingPointWeight::operator()(int a, const Point& r, std::span<double> grad) {
+  const auto n = static_cast<std::size_t>(n_);
+  const auto at = [n](int b, int d) {
+    return static_cast<std::size_t>(b) + n * static_cast<std::size_t>(d);
+  };
+  for (std::size_t b = 0; b < n; ++b) {
+    double d2 = 0.0;
+    for (std::size_t k = 0; k < 3; ++k) {
+      unit_[3 * b + k] = r[k] - coords_[3 * b + k];
+      d2 += unit_[3 * b + k] * unit_[3 * b + k];
+    }
+    dist_[b] = std::sqrt(d2);
+    for (std::size_t k = 0; k < 3; ++k) unit_[3 * b + k] /= dist_[b];
+  }
+  for (int b = 0; b < n_; ++b) {
+    for (int d = 0; d < n_; ++d) {
+      if (d == b) continue;
+      const double mu = (dist_[static_cast<std::size_t>(b)] - dist_[static_cast<std::size_t>(d)]) *
+                        inv_dist_[at(b, d)];
+      mu_[at(b, d)] = mu;
+      s_[at(b, d)] = becke_s(kBeckeOrder, mu);
+      ds_[at(b, d)] = ds_dmu(mu);
+    }
+  }
+  // others(B, D) = Π_{E≠B,D} s_BE from running products from both ends, so
+  // that no factor is divided out (s reaches zero at μ = 1).
+  double z = 0.0, pa = 0.0;
+  for (int b = 0; b < n_; ++b) {
+    double before = 1.0;
+    for (int d = 0; d < n_; ++d) {
+      others_[at(b, d)] = before;
+      if (d != b) before *= s_[at(b, d)];
+    }
+    double after = 1.0;
+    for (int d = n_ - 1; d >= 0; --d) {
+      others_[at(b, d)] *= after;
+      if (d != b) after *= s_[at(b, d)];
+    }
+    z += before;
+    if (b == a) pa = before;
+  }
+  // At fixed r, with e_CD = (R_C − R_D)/R_CD²:
+  //   ∂μ_CD/∂R_C = −u_C/R_CD − μ_CD e_CD, and μ_DC = −μ_CD, s' even, so
+  //   ∂P_A/∂R_C = others(A, C) s'_AC ∂μ_AC/∂R_C  (C ≠ A),
+  //   ∂Z/∂R_C   = Σ_{D≠C} s'_CD (others(C, D) − others(D, C)) ∂μ_CD/∂R_C.
+  // The point moves with A: A's column balances the others.
+  Point own{0.0, 0.0, 0.0};
+  for (int c = 0; c < n_; ++c) {
+    if (c == a) continue;
+    const auto uc = static_cast<std::size_t>(c);
+    Point dz{0.0, 0.0, 0.0}, dpa{0.0, 0.0, 0.0};
+    for (int d = 0; d < n_; ++d) {
+      if (d == c) continue;
+      const double inv = inv_dist_[at(c, d)];
+      const double factor = ds_[at(c, d)] * (others_[at(c, d)] - others_[at(d, c)]);
+      const double pa_factor = d == a ? -others_[at(a, c)] * ds_[at(a, c)] : 0.0;
+      for (std::size_t k = 0; k < 3; ++k) {
+        const double e =
+            (coords_[3 * uc + k] - coords_[3 * static_cast<std::size_t>(d) + k]) * inv * inv;
+        const double dmu = -unit_[3 * uc + k] * inv - mu_[at(c, d)] * e;
+        dz[k] += factor * dmu;
+        // ∂μ_AC/∂R_C = −∂μ_CA/∂R_C.
+        dpa[k] += pa_factor * dmu;
+      }
+    }
+    for (std::size_t k = 0; k < 3; ++k) {
+      const double g = dpa[k] / z - pa * dz[k] / (z * z);
+      grad[3 * uc + k] = g;
+      own[k] -= g;
+    }
+  }
+  for (std::size_t k = 0; k < 3; ++k) grad[3 * static_cast<std::size_t>(a) + k] = own[k];
+  return pa / z;
+}
+
 }  // namespace norvik::dft

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <span>
+#include <vector>
 
 namespace norvik::dft {
 
@@ -40,5 +41,27 @@ Point grad_fuzzy(std::span<const double> coords, int a, int c, const Point& r);
 // (3, natom).
 void grad_point_weight(std::span<const double> coords, int a, const Point& r,
                        std::span<double> grad);
+
+// grad_point_weight for the many points of a molecular grid: the pair
+// quantities s(μ_BD), s'(μ_BD) and the products of all but one factor of
+// every P_B are formed once per point, so a point costs O(natom²) instead of
+// O(natom³).  Holds the positions and its own work arrays: one per thread.
+class MovingPointWeight {
+ public:
+  explicit MovingPointWeight(std::span<const double> coords);
+
+  // w_A(r) of a point of atom `a`, and ∂w_A/∂R_C of the point moving with A
+  // into `grad` ((3, natom)).
+  double operator()(int a, const Point& r, std::span<double> grad);
+
+ private:
+  int n_ = 0;
+  std::vector<double> coords_;      // (3, natom)
+  std::vector<double> inv_dist_;    // (natom, natom) 1/R_BD
+  std::vector<double> dist_;        // (natom) |r − R_B|
+  std::vector<double> unit_;        // (3, natom) (r − R_B)/|r − R_B|
+  std::vector<double> mu_, ds_;     // (natom, natom) μ_BD and s'(μ_BD)
+  std::vector<double> s_, others_;  // (natom, natom) s(μ_BD), Π_{E≠B,D} s(μ_BE)
+};
 
 }  // namespace norvik::dft

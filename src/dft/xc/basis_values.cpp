@@ -114,6 +114,85 @@ void BasisEvaluator::batch(std::span<const double> points, std::ptrdiff_t p0, st
   }
 }
 
+void BasisEvaluator::batch_with_hessian(std::span<const double> points, std::ptrdiff_t p0,
+                                        std::ptrdiff_t nb, std::span<double> out) const {
+  const double bohr = constants::kBohrAngstrom;
+  const double value_scale = 1.0 / (bohr * std::sqrt(bohr));
+  const std::array<double, 3> scale{value_scale, value_scale / bohr, value_scale / (bohr * bohr)};
+  // (i, j) of the six second derivatives in table order.
+  constexpr std::array<std::array<std::size_t, 2>, 6> kPairs{
+      {{0, 0}, {0, 1}, {0, 2}, {1, 1}, {1, 2}, {2, 2}}};
+  const auto unb = static_cast<std::size_t>(nb);
+  const std::size_t block = unb * static_cast<std::size_t>(nbasis_);
+  for (std::size_t p = 0; p < unb; ++p) {
+    const std::size_t at = 3 * (static_cast<std::size_t>(p0) + p);
+    const std::array<double, 3> r{points[at] / bohr, points[at + 1] / bohr, points[at + 2] / bohr};
+    for (const PlannedShell& ps : plan_) {
+      const basis::Shell& s = *ps.shell;
+      const std::array<double, 3> d{r[0] - ps.centre[0], r[1] - ps.centre[1], r[2] - ps.centre[2]};
+      const double r2 = d[0] * d[0] + d[1] * d[1] + d[2] * d[2];
+      // e_k, −2α_k e_k and 4α_k² e_k: the radial factor is R = Σ w e, and
+      // ∂_i R = d_i R1, ∂_i∂_j R = δ_ij R1 + d_i d_j R2.
+      std::array<double, basis::kMaxPrimitives> e{}, de{}, dde{};
+      for (std::size_t k = 0; k < static_cast<std::size_t>(s.nprim); ++k) {
+        const double alpha = s.exponents[k];
+        const double x = alpha * r2;
+        e[k] = x > kExponentCutoff ? 0.0 : std::exp(-x);
+        de[k] = -2.0 * alpha * e[k];
+        dde[k] = 4.0 * alpha * alpha * e[k];
+      }
+      for (int f = 0; f < s.kind; ++f) {
+        const basis::Function& fn = s.functions[static_cast<std::size_t>(f)];
+        const auto& w = ps.weight[static_cast<std::size_t>(f)];
+        double radial = 0.0, r1 = 0.0, r2nd = 0.0;
+        for (std::size_t k = 0; k < static_cast<std::size_t>(s.nprim); ++k) {
+          radial += w[k] * e[k];
+          r1 += w[k] * de[k];
+          r2nd += w[k] * dde[k];
+        }
+        // The angular polynomial, its gradient and its second derivatives.
+        double ang = 0.0;
+        std::array<double, 3> dang{};
+        std::array<double, 6> hang{};
+        for (int t = 0; t < fn.nterm; ++t) {
+          const auto& lmn = fn.lmn[static_cast<std::size_t>(t)];
+          std::array<std::array<double, 3>, 3> m{};  // m[c] = x^n, n x^(n−1), n(n−1) x^(n−2)
+          for (std::size_t c = 0; c < 3; ++c) {
+            const int n = lmn[c];
+            m[c][0] = power(d[c], n);
+            m[c][1] = n == 0 ? 0.0 : n * power(d[c], n - 1);
+            m[c][2] = n < 2 ? 0.0 : n * (n - 1) * power(d[c], n - 2);
+          }
+          const double ct = fn.term_coef[static_cast<std::size_t>(t)];
+          ang += ct * m[0][0] * m[1][0] * m[2][0];
+          for (std::size_t c = 0; c < 3; ++c) {
+            std::array<std::size_t, 3> order{0, 0, 0};
+            order[c] = 1;
+            dang[c] += ct * m[0][order[0]] * m[1][order[1]] * m[2][order[2]];
+          }
+          for (std::size_t q = 0; q < 6; ++q) {
+            std::array<std::size_t, 3> order{0, 0, 0};
+            ++order[kPairs[q][0]];
+            ++order[kPairs[q][1]];
+            hang[q] += ct * m[0][order[0]] * m[1][order[1]] * m[2][order[2]];
+          }
+        }
+        double* out_f = out.data() + p + unb * static_cast<std::size_t>(ps.offset + f);
+        out_f[0] = scale[0] * ang * radial;
+        for (std::size_t c = 0; c < 3; ++c) {
+          out_f[block * (1 + c)] = scale[1] * (dang[c] * radial + ang * r1 * d[c]);
+        }
+        for (std::size_t q = 0; q < 6; ++q) {
+          const std::size_t i = kPairs[q][0], j = kPairs[q][1];
+          const double h = hang[q] * radial + (dang[i] * d[j] + dang[j] * d[i]) * r1 +
+                           ang * ((i == j ? r1 : 0.0) + d[i] * d[j] * r2nd);
+          out_f[block * (4 + q)] = scale[2] * h;
+        }
+      }
+    }
+  }
+}
+
 ShellTableBasis basis_from_shell_table(int nshell, std::span<const double> shelltab) {
   ShellTableBasis b;
   const auto n = static_cast<std::size_t>(nshell > 0 ? nshell : 0);

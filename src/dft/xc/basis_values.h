@@ -39,6 +39,13 @@ class BasisEvaluator {
   void batch(std::span<const double> points, std::ptrdiff_t p0, std::ptrdiff_t nb,
              std::span<double> out) const;
 
+  // The same with the second derivatives: ten (nb × nbasis) tables, value, x,
+  // y, z, xx, xy, xz, yy, yz, zz, into `out` (10·nb·nbasis); second
+  // derivatives in Å^(−7/2).  For the gradient-corrected terms of the nuclear
+  // gradient.
+  void batch_with_hessian(std::span<const double> points, std::ptrdiff_t p0, std::ptrdiff_t nb,
+                          std::span<double> out) const;
+
  private:
   struct PlannedShell {
     const basis::Shell* shell;
