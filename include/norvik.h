@@ -24,6 +24,7 @@
 #include "norvik/report.h"
 #include "norvik/scf.h"
 #include "norvik/setup.h"
+#include "norvik/templates.h"
 #include "norvik/xc.h"
 
 #endif
