@@ -22,6 +22,7 @@
 #include "norvik/linalg.h"
 #include "norvik/memory.h"
 #include "norvik/report.h"
+#include "norvik/report_bonds.h"
 #include "norvik/scf.h"
 #include "norvik/setup.h"
 #include "norvik/templates.h"
