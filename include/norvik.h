@@ -24,8 +24,10 @@
 #include "norvik/optimizer.h"
 #include "norvik/report.h"
 #include "norvik/report_geometry.h"
+#include "norvik/report_bonds.h"
 #include "norvik/scf.h"
 #include "norvik/setup.h"
+#include "norvik/templates.h"
 #include "norvik/xc.h"
 
 #endif
