@@ -475,6 +475,25 @@ NORVIK_API void GRADEMOL_HF_SUB(const char* basis, const norvik_int* natom, cons
                                 const double* rho, const double* orbitals, const norvik_int* iatom,
                                 double* grad);
 
+/* Analytic gradient of a converged Kohn–Sham point, with the exchange–correlation
+ * term on the molecular grid that moves with the atoms (the exact derivative of the
+ * energy on that grid):  1 functional (in, 10 chars);  2–11 as GRADEMOL_HF's 1–10;
+ *   12 grid_radius (in, Å), 13 grid_level (in, 0 standard, 1 dense): the grid of the
+ *   SCF;  14 grad (out, (3, natom) eV/Å). */
+NORVIK_API void GRADEMOL_KS(const char* functional, const char* basis, const norvik_int* natom,
+                            const norvik_int* zat, const norvik_int* zel, const double* pos,
+                            const norvik_int* nalpha, const norvik_int* nbeta,
+                            const norvik_int* nbasis, const double* rho, const double* orbitals,
+                            const double* grid_radius, const norvik_int* grid_level, double* grad);
+/* The same for one atom: arguments 1–13 of GRADEMOL_KS, 14 iatom (in, 1 … natom),
+ * 15 grad (out, 3, eV/Å). */
+NORVIK_API void GRADEMOL_KS_SUB(const char* functional, const char* basis, const norvik_int* natom,
+                                const norvik_int* zat, const norvik_int* zel, const double* pos,
+                                const norvik_int* nalpha, const norvik_int* nbeta,
+                                const norvik_int* nbasis, const double* rho, const double* orbitals,
+                                const double* grid_radius, const norvik_int* grid_level,
+                                const norvik_int* iatom, double* grad);
+
 /* ---- report sections (each appends to the report file, the last argument) ------- */
 
 /* Free-atom energies: natom; zat; zel; eatom (natom, eV); report. */

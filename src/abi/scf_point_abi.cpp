@@ -236,7 +236,8 @@ struct GradientArgs {
   const double *rho, *orbitals;
 };
 
-std::vector<double> gradient_of(const GradientArgs& a, const char* routine, int only_atom) {
+std::vector<double> gradient_of(const GradientArgs& a, const char* routine, int only_atom,
+                                const std::optional<scf::KohnShamStage>& kohn_sham = {}) {
   const std::size_t na = count(*a.natom);
   const std::string_view name = text_in(a.basis, kLongKeywordLength);
   const scf::MoleculeView molecule{{a.zat, na}, {a.zel, na}, {a.pos, 3 * na}};
@@ -245,9 +246,13 @@ std::vector<double> gradient_of(const GradientArgs& a, const char* routine, int 
   scf::JobControl job;
   job.basis = name;
   return scf::point_gradient(job, molecule, {*a.nalpha, *a.nbeta}, {a.rho, 2 * nn},
-                             {a.orbitals, 2 * (nn + count(n))}, std::nullopt, only_atom);
+                             {a.orbitals, 2 * (nn + count(n))}, kohn_sham, only_atom);
 }
 
+}  // namespace
+
+namespace {
+void check_atom(norvik_int iatom, norvik_int natom, const char* routine);
 }  // namespace
 
 extern "C" NORVIK_API void GRADEMOL_HF(const char* basis, const norvik_int* natom,
@@ -269,13 +274,63 @@ extern "C" NORVIK_API void GRADEMOL_HF_SUB(const char* basis, const norvik_int* 
                                            const double* rho, const double* orbitals,
                                            const norvik_int* iatom, double* grad) {
   guarded([&] {
-    if (*iatom < 1 || *iatom > *natom) {
-      throw norvik::Error(norvik::fortran::list_directed(
-          {"Wrong atom in GradEmol_HF_sub.", std::int64_t{*iatom}, std::int64_t{*natom}}));
-    }
+    check_atom(*iatom, *natom, "GradEmol_HF_sub");
     const int a = *iatom - 1;
     const std::vector<double> g = gradient_of(
         {basis, natom, zat, zel, pos, nalpha, nbeta, nbasis, rho, orbitals}, "GradEmol_HF_sub", a);
+    std::copy_n(g.begin() + 3 * a, 3, grad);
+  });
+}
+
+namespace {
+
+// The Kohn–Sham stage of a gradient: the functional and the grid of the SCF.
+scf::KohnShamStage gradient_stage(const char* functional, const double* grid_radius,
+                                  const norvik_int* grid_level, std::string_view routine) {
+  const std::string_view name = text_in(functional, kKeywordLength);
+  scf::KohnShamStage ks;
+  ks.functional = {dft::functional_for(name, dft::FunctionalUse::potential_matrix),
+                   dft::exact_exchange_fraction(name)};
+  ks.grid_radius = *grid_radius;
+  ks.grid_level = abi::grid_level_in(*grid_level, routine);
+  return ks;
+}
+
+void check_atom(norvik_int iatom, norvik_int natom, const char* routine) {
+  if (iatom < 1 || iatom > natom) {
+    throw norvik::Error(norvik::fortran::list_directed(
+        {std::string("Wrong atom in ") + routine + ".", std::int64_t{iatom}, std::int64_t{natom}}));
+  }
+}
+
+}  // namespace
+
+extern "C" NORVIK_API void GRADEMOL_KS(const char* functional, const char* basis,
+                                       const norvik_int* natom, const norvik_int* zat,
+                                       const norvik_int* zel, const double* pos,
+                                       const norvik_int* nalpha, const norvik_int* nbeta,
+                                       const norvik_int* nbasis, const double* rho,
+                                       const double* orbitals, const double* grid_radius,
+                                       const norvik_int* grid_level, double* grad) {
+  guarded([&] {
+    const std::vector<double> g = gradient_of(
+        {basis, natom, zat, zel, pos, nalpha, nbeta, nbasis, rho, orbitals}, "GradEmol_KS", -1,
+        gradient_stage(functional, grid_radius, grid_level, "GradEmol_KS"));
+    std::copy(g.begin(), g.end(), grad);
+  });
+}
+
+extern "C" NORVIK_API void GRADEMOL_KS_SUB(
+    const char* functional, const char* basis, const norvik_int* natom, const norvik_int* zat,
+    const norvik_int* zel, const double* pos, const norvik_int* nalpha, const norvik_int* nbeta,
+    const norvik_int* nbasis, const double* rho, const double* orbitals, const double* grid_radius,
+    const norvik_int* grid_level, const norvik_int* iatom, double* grad) {
+  guarded([&] {
+    check_atom(*iatom, *natom, "GradEmol_KS_sub");
+    const int a = *iatom - 1;
+    const std::vector<double> g = gradient_of(
+        {basis, natom, zat, zel, pos, nalpha, nbeta, nbasis, rho, orbitals}, "GradEmol_KS_sub", a,
+        gradient_stage(functional, grid_radius, grid_level, "GradEmol_KS_sub"));
     std::copy_n(g.begin() + 3 * a, 3, grad);
   });
 }

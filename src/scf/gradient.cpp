@@ -7,6 +7,8 @@
 #include "common/constants.h"
 #include "common/error.h"
 #include "common/fortran_format.h"
+#include "dft/grid/molecular_grid.h"
+#include "dft/xc/xc_gradient.h"
 #include "integrals/one/gradient.h"
 #include "integrals/two/gradient.h"
 #include "integrals/two/two_electron.h"
@@ -96,10 +98,18 @@ std::vector<double> point_gradient(const JobControl& job, const MoleculeView& mo
                                    std::span<const double> orbitals,
                                    const std::optional<KohnShamStage>& kohn_sham, int only_atom) {
   const basis::BasisSet basis = basis::make_basis(job.basis, molecule.elements);
-  if (kohn_sham) {
-    throw Error(fortran::list_directed({"Kohn-Sham gradients are not available yet."}));
-  }
-  return scf_gradient(basis, molecule, counts, rho, orbitals, 1.0, only_atom);
+  if (!kohn_sham) return scf_gradient(basis, molecule, counts, rho, orbitals, 1.0, only_atom);
+  // Kohn–Sham: J − aK with the functional's exact exchange, and the
+  // exchange–correlation term on the grid that the SCF used, moving with the atoms.
+  const XcFunctional& xc = kohn_sham->functional;
+  std::vector<double> g =
+      scf_gradient(basis, molecule, counts, rho, orbitals, xc.exact_exchange, only_atom);
+  const dft::Grid grid = dft::make_grid(molecule.elements, molecule.positions,
+                                        kohn_sham->grid_radius, kohn_sham->grid_level);
+  const std::vector<double> gxc = dft::xc_nuclear_gradient(basis, molecule.positions, grid,
+                                                           xc.combination, xc.exact_exchange, rho);
+  for (std::size_t i = 0; i < g.size(); ++i) g[i] += gxc[i];
+  return g;
 }
 
 }  // namespace norvik::scf
