@@ -1,6 +1,8 @@
 #include "hartree_fock.h"
 
 #include <algorithm>
+#include <cmath>
+#include <string>
 #include <vector>
 
 #include "norvik.h"
@@ -35,9 +37,104 @@ constexpr norvik_int kStartFromFreeAtoms = 1;
 // (docs/grid.md).
 constexpr double kGridRadius = NORVIK_BOHR_ANGSTROM;
 
+// The conjugate-gradient probe step b [Å²/eV] from the longest trial step of
+// parameter record 18: b·|g| is the first probe's length, so 0.1 Å gives
+// 0.005 Å²/eV, a twentieth of the longest step per eV/Å of gradient.
+constexpr double kProbeStepPerTrialStep = 1.0 / 20.0;
+
+// Points per exploration at most: the fitted steps 3, 5, 9 and 17 all reachable.
+constexpr norvik_int kMaxPointsPerExploration = 20;
+
+// The optimiser that the job asks for: record 8 (0 conjugate gradient, 1
+// steepest descent, 2 quasi-Newton); the built-in molecules keep their template
+// shape, "C2" and "B2" go to their own drivers, any other molecule to the
+// free-molecule driver.
+OptimisationResult run_optimisation(Job& job, norvik_int n, const std::vector<double>& atomrho,
+                                    std::vector<double>& S, std::vector<double>& rho,
+                                    std::vector<double>& orbitals, double* energy, double* dipole,
+                                    double& de_final, norvik_int& northo, norvik_int& in_core,
+                                    norvik_int& ncycle, norvik_bool& converged, double& rmsd,
+                                    double& commutator, double* xc) {
+  const char* report = job.report_file.data();
+  const std::size_t pair = job.kohn_sham ? 2 : 1;
+  // the drivers take the molecule's settings pairs (HF stage, KS stage)
+  const norvik_int niter[2] = {job.niter[pair == 2 ? 2 : 1], job.niter[pair == 2 ? 3 : 1]};
+  const double damp[2] = {job.damp[pair == 2 ? 2 : 1], job.damp[pair == 2 ? 3 : 1]};
+  const double thr_ene[2] = {job.thr_ene[pair == 2 ? 2 : 1], job.thr_ene[pair == 2 ? 3 : 1]};
+  const double thr_rms[2] = {job.thr_rms[pair == 2 ? 2 : 1], job.thr_rms[pair == 2 ? 3 : 1]};
+  const double thr_orth = kOrthogonalityThreshold;
+  const norvik_int start = kStartFromFreeAtoms;
+  const norvik_int maxcycle = job.optimisation_cycles;
+  const norvik_int maxpoint = kMaxPointsPerExploration;
+  const norvik_bool with_gradient = 1;
+  const double step = job.step_length * kProbeStepPerTrialStep;
+  const double thr_grad = job.grad_converge;
+  const double max_step = job.step_length;
+  std::vector<double> grad(3 * static_cast<std::size_t>(job.natom));
+  double enuc = 0.0, nucdip[3] = {};
+  OptimisationResult out;
+  norvik_int npoint = 0, ngrad = 0, scf_cycles = 0;
+  norvik_bool opt_converged = 0;
+  const int reserved = 0;
+  norvik_bool known = 0;
+  REPUT_KNOWN(job.molecule_name.data(), &known);
+  const std::string name = trimmed(job.molecule_name);
+
+  auto call = [&](auto driver) {
+    driver(job.theory.data(), job.molecule_name.data(), report, job.log_file.data(),
+           job.basis.data(), &job.natom, &n, &job.nalpha, &job.nbeta, job.zat.data(),
+           job.zel.data(), niter, damp, thr_ene, thr_rms, &job.screening, &thr_orth, &kGridRadius,
+           &job.grid_level, &start, atomrho.data(), job.xyz_file.data(), &out.cycles,
+           &opt_converged, &maxcycle, &maxpoint, &with_gradient, &npoint, &ngrad, S.data(),
+           rho.data(), &reserved, orbitals.data(), dipole, &de_final, &northo, &in_core, xc, &step,
+           &job.memory_gb, &scf_cycles, &converged, &rmsd, &commutator, &thr_grad, &max_step,
+           &reserved, &reserved, &reserved, job.pos.data(), grad.data(), &reserved, &reserved,
+           &reserved, &reserved, &reserved, &reserved, &reserved, &reserved, &reserved, &reserved,
+           &reserved, &reserved, &reserved, &reserved, &reserved, &reserved, &reserved, &reserved,
+           &reserved, &reserved, &enuc, nucdip, &reserved, &reserved, energy);
+  };
+  if (job.optimiser == 2) {
+    out.driver = "quasi-Newton";
+    call(OPTIMIZE_QN);
+  } else if (name == "C2" || name == "B2") {
+    out.driver = "steepest descent (" + name + ")";
+    call(name == "C2" ? OPTIMIZE_C2 : OPTIMIZE_B2);
+  } else if (known) {
+    out.driver = job.optimiser == 1 ? "steepest descent" : "conjugate gradient";
+    call(job.optimiser == 1 ? OPTIMIZE_STEEPEST : OPTIMIZE);
+  } else {
+    out.driver = "conjugate gradient (free molecule)";
+    OPTIMIZE_MOLE(job.theory.data(), job.molecule_name.data(), report, job.log_file.data(),
+                  job.basis.data(), &reserved, &job.natom, &n, &job.nalpha, &job.nbeta,
+                  job.zat.data(), job.zel.data(), niter, damp, thr_ene, thr_rms, &job.screening,
+                  &thr_orth, &kGridRadius, &job.grid_level, &start, atomrho.data(),
+                  job.xyz_file.data(), &out.cycles, &opt_converged, &maxcycle, &maxpoint,
+                  &with_gradient, &npoint, &ngrad, S.data(), rho.data(), &reserved, orbitals.data(),
+                  dipole, &de_final, &northo, &in_core, xc, &step, &job.memory_gb, &scf_cycles,
+                  &converged, &rmsd, &commutator, &thr_grad, &max_step, &reserved, &reserved,
+                  &reserved, job.pos.data(), grad.data(), &reserved, &reserved, &reserved,
+                  &reserved, &reserved, &reserved, &reserved, &reserved, &reserved, &reserved,
+                  &reserved, &reserved, &reserved, &reserved, &reserved, &reserved, &reserved,
+                  &reserved, &reserved, &reserved, &enuc, nucdip, &reserved, &reserved, energy);
+  }
+  ncycle = scf_cycles;
+  out.converged = opt_converged != 0;
+  out.points = npoint;
+  out.gradients = ngrad;
+  double gmax = 0.0;
+  for (double g : grad) gmax = std::max(gmax, std::abs(g));
+  out.largest_gradient = gmax;
+  // The optimised geometry and its gradient close the optimisation's part of the report.
+  WRITE_COORDINATES(&job.natom, job.pos.data(), job.zel.data(), job.zat.data(), report);
+  WRITE_GRAD(&job.natom, grad.data(), job.zel.data(), report);
+  WRITE_GRAD_WTOT(&job.natom, grad.data(), report);
+  stamp(job.kohn_sham ? "Kohn-Sham optimisation ok." : "Hartree-Fock optimisation ok.");
+  return out;
+}
+
 }  // namespace
 
-PointResult run_hartree_fock(const Job& job) {
+PointResult run_hartree_fock(Job& job) {
   PointResult result;
   const char* report = job.report_file.data();
   const norvik_int n = basis_size(job);
@@ -53,23 +150,31 @@ PointResult run_hartree_fock(const Job& job) {
   WRITE_ENERGY_ATOM(&job.natom, job.zat.data(), job.zel.data(), eatom.data(), report);
   stamp("Free atoms ok.");
 
-  // The point at the input geometry: integrals, SCF with its run log.  The
-  // molecule's settings of a Kohn–Sham job are the pairs (HF, KS) at 2 and 3.
+  // The point at the input geometry, or the optimisation from it: integrals,
+  // SCF with its run log.  The molecule's settings of a Kohn–Sham job are the
+  // pairs (HF, KS) at 2 and 3.
   const std::size_t stage = job.kohn_sham ? 2 : 1;
   double xc[4] = {};
   std::vector<double> S(nn), rho(2 * nn), orbitals(2 * (nn + n));
   double energy[3] = {}, dipole[3] = {};
   norvik_int northo = 0, in_core = 0, ncycle = 0;
   norvik_bool converged = 0;
-  const norvik_int iopt = 0, start = kStartFromFreeAtoms;
-  SCF_1POINT(job.theory.data(), job.basis.data(), report, job.log_file.data(), &iopt, &job.natom,
-             job.zat.data(), job.zel.data(), job.pos.data(), &job.nalpha, &job.nbeta,
-             &job.niter[stage], &job.damp[stage], &job.thr_ene[stage], &job.thr_rms[stage],
-             &job.memory_gb, &job.screening, &thr_orth, &start, atomrho.data(), &n, S.data(),
-             rho.data(), orbitals.data(), energy, dipole, &result.de_final, &northo, &in_core,
-             &ncycle, &converged, &result.rmsd, &result.commutator, &kGridRadius, xc,
-             &job.grid_level);
-  stamp(job.kohn_sham ? "Kohn-Sham exploration ok." : "Hartree-Fock exploration ok.");
+  const norvik_int start = kStartFromFreeAtoms;
+  if (job.optimisation_cycles > 0) {
+    result.optimisation =
+        run_optimisation(job, n, atomrho, S, rho, orbitals, energy, dipole, result.de_final, northo,
+                         in_core, ncycle, converged, result.rmsd, result.commutator, xc);
+  } else {
+    const norvik_int iopt = 0;
+    SCF_1POINT(job.theory.data(), job.basis.data(), report, job.log_file.data(), &iopt, &job.natom,
+               job.zat.data(), job.zel.data(), job.pos.data(), &job.nalpha, &job.nbeta,
+               &job.niter[stage], &job.damp[stage], &job.thr_ene[stage], &job.thr_rms[stage],
+               &job.memory_gb, &job.screening, &thr_orth, &start, atomrho.data(), &n, S.data(),
+               rho.data(), orbitals.data(), energy, dipole, &result.de_final, &northo, &in_core,
+               &ncycle, &converged, &result.rmsd, &result.commutator, &kGridRadius, xc,
+               &job.grid_level);
+    stamp(job.kohn_sham ? "Kohn-Sham exploration ok." : "Hartree-Fock exploration ok.");
+  }
   result.northo = northo;
   result.in_core = in_core == 1;
   result.cycles = ncycle;

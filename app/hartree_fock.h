@@ -3,12 +3,23 @@
 // report notes), then the result sections.
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "host_job.h"
 
 namespace host {
 
 // Smallest overlap eigenvalue kept by the orthogonalisation of the basis.
 inline constexpr double kOrthogonalityThreshold = 1.0e-8;
+
+// What an optimisation did.
+struct OptimisationResult {
+  std::string driver;  // which optimiser ran
+  bool converged = false;
+  int cycles = 0, points = 0, gradients = 0;
+  double largest_gradient = 0.0;  // of the last accepted point [eV/A]
+};
 
 struct PointResult {
   double energy = 0.0;    // molecular energy [eV]
@@ -17,14 +28,16 @@ struct PointResult {
   int nbasis = 0;
   int northo = 0;
   bool in_core = true;
-  int cycles = 0;           // SCF cycles made
-  bool converged = false;   // both thresholds met before the iteration limit
-  double rmsd = 0.0;        // RMS density change of the last cycle
-  double commutator = 0.0;  // |FPS - SPF| of the last cycle [hartree]
+  int cycles = 0;                                  // SCF cycles made
+  bool converged = false;                          // both thresholds met before the iteration limit
+  double rmsd = 0.0;                               // RMS density change of the last cycle
+  double commutator = 0.0;                         // |FPS - SPF| of the last cycle [hartree]
+  std::optional<OptimisationResult> optimisation;  // record 6 > 0: the optimisation
 };
 
-// Runs the free atoms and the single point, writing their report sections and the
-// run log; returns the molecular energy and dipole.
-PointResult run_hartree_fock(const Job& job);
+// Runs the free atoms and the single point (or, with optimisation cycles, the
+// optimisation, which moves job.pos to the last accepted geometry), writing their
+// report sections and the run log; returns the molecular energy and dipole.
+PointResult run_hartree_fock(Job& job);
 
 }  // namespace host

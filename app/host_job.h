@@ -27,10 +27,11 @@ std::string padded(const std::string& text, int n);
 std::string trimmed(const std::string& buffer);
 
 struct Job {
-  std::string molecule_file;   // padded to kPathLength
-  std::string parameter_file;  // padded; blank = built-in settings
-  std::string report_file;     // padded
-  std::string log_file;        // padded
+  std::string molecule_file;                       // padded to kPathLength
+  std::string parameter_file;                      // padded; blank = built-in settings
+  std::string report_file;                         // padded
+  std::string log_file;                            // padded
+  std::string xyz_file = padded("", kPathLength);  // optimisation trajectory; blank = none
 
   bool kohn_sham = false;
   int grid_level = 0;  // Kohn-Sham grid (--grid): 0 standard, 1 dense

@@ -643,10 +643,12 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
     check_range(c, r->values[1], "optimisation cycles", "geometry-optimisation cycles",
                 {0, kMaxIterations, false, "",
                  "write 0 for a single point, or at most " + std::to_string(kMaxIterations)});
+    if (!r->values[1].null) facts.optimisation_cycles = r->values[1].integer;
   }
   if (auto r = c.record("optimiser", {Kind::integer})) {
     check_range(c, r->values[0], "optimiser", "optimiser",
-                {0, 1, false, "", "write 0 (conjugate gradient) or 1 (steepest descent)"});
+                {0, 2, false, "",
+                 "write 0 (conjugate gradient), 1 (steepest descent) or 2 (quasi-Newton)"});
   }
   if (auto r = c.record("vibrations", {Kind::integer})) {
     check_range(c, r->values[0], "vibrations", "vibrational analysis",

@@ -29,8 +29,9 @@ inline constexpr double kMinAtomDistance = 0.1;    // [angstrom]
 
 // What the pre-check learnt that the host needs later.
 struct InputFacts {
-  int natom = 0;              // atom records of the molecule file
-  std::string start_density;  // record 12 of the molecule file ("" = free atoms)
+  int natom = 0;                // atom records of the molecule file
+  std::string start_density;    // record 12 of the molecule file ("" = free atoms)
+  int optimisation_cycles = 0;  // record 6 (0: a single point)
 };
 
 // Checks that `path` names a regular file of at most kMaxInputBytes that can be

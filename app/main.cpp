@@ -43,12 +43,14 @@ constexpr std::size_t kMaxProblemsShown = 20;
 
 void usage(std::ostream& out) {
   out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
-         "                  [--grid standard|dense]\n"
+         "                  [--xyz FILE] [--grid standard|dense]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
          "  --report FILE   report file (default: MOLECULE_FILE's name with .report)\n"
          "  --log FILE      run log, one line per SCF cycle (default: with .log)\n"
+         "  --xyz FILE      optimisation path, one .xyz frame per cycle (default: with .xyz;\n"
+         "                  written only when the molecule file asks for an optimisation)\n"
          "  --grid LEVEL    Kohn-Sham integration grid: standard (default, fast) or dense\n"
          "                  (converged energies, about ten times the points)\n"
          "\n"
@@ -86,7 +88,7 @@ std::string with_extension(const std::string& molecule_file, const char* extensi
 }
 
 struct Request {
-  std::string molecule_file, parameter_file, report, log;
+  std::string molecule_file, parameter_file, report, log, xyz;
   bool has_parameter_file = false;
   int grid_level = 0;  // Kohn-Sham grid: 0 standard, 1 dense
 };
@@ -129,6 +131,7 @@ int run_job(const Request& request, const host::InputFacts& facts,
   job.parameter_file = host::padded(request.parameter_file, host::kPathLength);
   job.report_file = host::padded(outputs[0].partial, host::kPathLength);
   job.log_file = host::padded(outputs[1].partial, host::kPathLength);
+  if (outputs.size() > 2) job.xyz_file = host::padded(outputs[2].partial, host::kPathLength);
   job.grid_level = request.grid_level;
 
   host::setup(job);
@@ -147,27 +150,51 @@ int run_job(const Request& request, const host::InputFacts& facts,
               point.energy / host::kHartreeEv,
               point.in_core ? "stored integrals" : "integral-direct", point.nbasis, point.dipole[0],
               point.dipole[1], point.dipole[2]);
-  const int status = verdict(job, point);
+  if (point.optimisation) {
+    const host::OptimisationResult& o = *point.optimisation;
+    std::printf(
+        "norvik: %s optimisation %s after %d cycles: %d SCF points, %d gradients, "
+        "largest gradient component %.2e eV/A\n",
+        o.driver.c_str(), o.converged ? "converged" : "NOT converged", o.cycles, o.points,
+        o.gradients, o.largest_gradient);
+  }
+  int status = verdict(job, point);
+  if (status == kSuccess && point.optimisation && !point.optimisation->converged) {
+    std::printf(
+        "norvik: the optimisation used up its %d cycles before it converged: raise the cycle "
+        "count in record 6 of the molecule file (the last geometry is in the report and the "
+        "trajectory)\n",
+        job.optimisation_cycles);
+    status = kNotConverged;
+  }
   std::fflush(stdout);
   return status;
 }
 
 std::string partial_files_note(const std::vector<host::OutputFile>& outputs) {
-  return "norvik: " + outputs[0].path + " and " + outputs[1].path +
-         " were not touched; what the job wrote is in " + outputs[0].partial + " and " +
-         outputs[1].partial + "\n";
+  std::string finals, partials;
+  for (std::size_t i = 0; i < outputs.size(); ++i) {
+    const char* sep = i == 0 ? "" : (i + 1 == outputs.size() ? " and " : ", ");
+    finals += sep + outputs[i].path;
+    partials += sep + outputs[i].partial;
+  }
+  return "norvik: " + finals + " were not touched; what the job wrote is in " + partials + "\n";
 }
 
 Request parse(const std::vector<std::string>& args) {
   Request request;
   std::vector<std::string> positional;
-  bool have_report = false, have_log = false;
+  bool have_report = false, have_log = false, have_xyz = false;
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
     if (a == "--report" || a == "--log") {
       if (i + 1 == args.size()) fail(a + " needs a file name");
       (a == "--report" ? have_report : have_log) = true;
       (a == "--report" ? request.report : request.log) = args[++i];
+    } else if (a == "--xyz") {
+      if (i + 1 == args.size()) fail(a + " needs a file name");
+      have_xyz = true;
+      request.xyz = args[++i];
     } else if (a == "--grid") {
       if (i + 1 == args.size()) fail("--grid needs a value: standard or dense");
       const std::string& level = args[++i];
@@ -193,6 +220,7 @@ Request parse(const std::vector<std::string>& args) {
   if (request.has_parameter_file) request.parameter_file = positional[1];
   if (!have_report) request.report = with_extension(request.molecule_file, ".report");
   if (!have_log) request.log = with_extension(request.molecule_file, ".log");
+  if (!have_xyz) request.xyz = with_extension(request.molecule_file, ".xyz");
   return request;
 }
 
@@ -210,6 +238,7 @@ int run(const std::vector<std::string>& args) {
   if (request.has_parameter_file) check_name(request.parameter_file, path_length, "parameter file");
   check_name(request.report, path_length - host::kPartialSuffixLength, "report");
   check_name(request.log, path_length - host::kPartialSuffixLength, "run log");
+  check_name(request.xyz, path_length - host::kPartialSuffixLength, "trajectory");
   if (!problems.empty()) fail(problems);
 
   // The input files: regular, bounded, readable, and what they hold.
@@ -226,9 +255,12 @@ int run(const std::vector<std::string>& args) {
 
   // The outputs: never one of the inputs, started afresh under partial names.
   if (!facts.start_density.empty()) inputs.push_back({"start-density file", facts.start_density});
-  const std::vector<host::OutputFile> outputs{
-      host::output_file("report", "--report", request.report),
-      host::output_file("run log", "--log", request.log)};
+  // An optimisation also writes its path, one .xyz frame per cycle.
+  std::vector<host::OutputFile> outputs{host::output_file("report", "--report", request.report),
+                                        host::output_file("run log", "--log", request.log)};
+  if (facts.optimisation_cycles > 0) {
+    outputs.push_back(host::output_file("trajectory", "--xyz", request.xyz));
+  }
   problems = host::output_problems(outputs, inputs);
   if (!problems.empty()) fail(problems);
   if (const std::string problem = host::start_partials(outputs); !problem.empty()) fail(problem);
@@ -243,6 +275,8 @@ int run(const std::vector<std::string>& args) {
     }
     std::cout << "norvik: report written to " << outputs[0].path << "\n"
               << "norvik: run log written to " << outputs[1].path << "\n";
+    if (outputs.size() > 2)
+      std::cout << "norvik: trajectory written to " << outputs[2].path << "\n";
     return end.status;
   }
 

@@ -114,6 +114,9 @@ NORVIK_API void REPUT(const char* molname, NORVIK_REPUT_ARGS);
 
 /* The re-imposer of the free-molecule optimiser: the shape is kept, the centre
  * of nuclear charge is moved to the origin. */
+/* Whether REPUT knows the molecule name (20 chars, matched as REPUT matches it):
+ * known (out, flag).  A host sends other molecules to OPTIMIZE_MOLE. */
+NORVIK_API void REPUT_KNOWN(const char* molname, norvik_bool* known);
 NORVIK_API void REPUTMOL(NORVIK_REPUT_ARGS);
 
 /* Moves the atoms so that sum(Z r) / sum(Z) lies at the origin; atoms stay

@@ -207,6 +207,12 @@ NORVIK_API void REPUT(const char* molname, NORVIK_REPUT_ARGS) {
   });
 }
 
+NORVIK_API void REPUT_KNOWN(const char* molname, norvik_bool* known) {
+  guarded([&] {
+    *known = geometry::template_of_molecule(text_in(molname, kNameLength)).has_value() ? 1 : 0;
+  });
+}
+
 NORVIK_API void REPUTMOL(NORVIK_REPUT_ARGS) {
   guarded([&] { geometry::reput_molecule(charges(natom, zat), positions(natom, pos)); });
 }

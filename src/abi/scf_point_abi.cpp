@@ -25,6 +25,7 @@ using abi::guarded;
 using abi::kFileNameLength;
 using abi::kKeywordLength;
 using abi::kLongKeywordLength;
+using abi::kohn_sham_stage;
 using abi::text_in;
 
 // The basis size of the molecule, which must be the host's.
@@ -84,30 +85,6 @@ void copy_out(const scf::SinglePointResult& r, double* dipole, double* de_final,
   *de_final = r.de_final;
   *northo = r.northo;
   *incore = r.in_core ? 1 : 0;
-}
-
-bool is_hartree_fock(std::string_view method) {
-  const std::string_view m = norvik::io::trim_right(method);
-  return m == "HF" || m == "MP2" || m == "RPA" || m == "TDA";
-}
-
-// The Kohn–Sham stage that a method names (none for the Hartree–Fock
-// methods): its functional and exact exchange, the second of each settings
-// pair, and the grid.
-std::optional<scf::KohnShamStage> kohn_sham_stage(const char* method, const norvik_int* niter,
-                                                  const double* damp, const double* thr_ene,
-                                                  const double* thr_rms, const double* grid_radius,
-                                                  const norvik_int* grid_level,
-                                                  std::string_view routine) {
-  const std::string_view name = text_in(method, kKeywordLength);
-  if (is_hartree_fock(name)) return std::nullopt;
-  scf::KohnShamStage ks;
-  ks.functional = {dft::functional_for(name, dft::FunctionalUse::potential_matrix),
-                   dft::exact_exchange_fraction(name)};
-  ks.scf = {niter[1], damp[1], thr_ene[1], thr_rms[1]};
-  ks.grid_radius = *grid_radius;
-  ks.grid_level = abi::grid_level_in(*grid_level, routine);
-  return ks;
 }
 
 }  // namespace

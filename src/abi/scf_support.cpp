@@ -6,6 +6,7 @@
 #include "common/error.h"
 #include "common/fortran_format.h"
 #include "common/text_file.h"
+#include "dft/functionals/functional_names.h"
 #include "linalg/memory_estimates.h"
 #include "report/scf_sections.h"
 #include "report/sections.h"
@@ -146,6 +147,30 @@ scf::PointHooks point_report(std::string_view report, std::string_view logfile, 
   };
   hooks.cycle = run_log(logfile, iopt, 0);
   return hooks;
+}
+
+bool is_hartree_fock(std::string_view method) {
+  const std::string_view m = norvik::io::trim_right(method);
+  return m == "HF" || m == "MP2" || m == "RPA" || m == "TDA";
+}
+
+// The Kohn–Sham stage that a method names (none for the Hartree–Fock
+// methods): its functional and exact exchange, the second of each settings
+// pair, and the grid.
+std::optional<scf::KohnShamStage> kohn_sham_stage(const char* method, const norvik_int* niter,
+                                                  const double* damp, const double* thr_ene,
+                                                  const double* thr_rms, const double* grid_radius,
+                                                  const norvik_int* grid_level,
+                                                  std::string_view routine) {
+  const std::string_view name = text_in(method, kKeywordLength);
+  if (is_hartree_fock(name)) return std::nullopt;
+  scf::KohnShamStage ks;
+  ks.functional = {dft::functional_for(name, dft::FunctionalUse::potential_matrix),
+                   dft::exact_exchange_fraction(name)};
+  ks.scf = {niter[1], damp[1], thr_ene[1], thr_rms[1]};
+  ks.grid_radius = *grid_radius;
+  ks.grid_level = abi::grid_level_in(*grid_level, routine);
+  return ks;
 }
 
 }  // namespace norvik::abi

@@ -3,6 +3,7 @@
 // the run log and the report sections of a point.
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 #include "abi/abi_support.h"
@@ -94,5 +95,17 @@ scf::CycleObserver run_log(std::string_view logfile, int iopt, int isrc);
 // ok." on standard output, one run-log line per cycle to `logfile`.
 scf::PointHooks point_report(std::string_view report, std::string_view logfile, int iopt,
                              double thr_orth);
+
+// Whether a method runs Hartree–Fock ("HF", "MP2", "RPA", "TDA").
+bool is_hartree_fock(std::string_view method);
+
+// The Kohn–Sham stage that a method names (none for the Hartree–Fock
+// methods): its functional and exact exchange, the second of each settings
+// pair, and the grid.
+std::optional<scf::KohnShamStage> kohn_sham_stage(const char* method, const norvik_int* niter,
+                                                  const double* damp, const double* thr_ene,
+                                                  const double* thr_rms, const double* grid_radius,
+                                                  const norvik_int* grid_level,
+                                                  std::string_view routine);
 
 }  // namespace norvik::abi
