@@ -583,8 +583,8 @@ def ks_rows():
 
 OPT_HEADER = (
     "name\tmolecule_file\tmolecule\tbasis\tcharge\tmultiplicity\tmethod\treference\tprogram\t"
-    "E_opt[hartree]\tE_converged_grid[hartree]\tmax_gradient[eV/A]\tgradients\twall[s]\tcpu[s]\tbonds[A]\t"
-    "angles[deg]\tdihedrals[deg]\tgeometry[A]\n")
+    "E_opt[hartree]\tE_converged_grid[hartree]\tmax_gradient[eV/A]\tgradients\twall[s]\t"
+    "cpu[s]\tbonds[A]\tangles[deg]\tdihedrals[deg]\tgeometry[A]\n")
 
 
 def opt_row(mol, method, r, version):
@@ -607,10 +607,9 @@ def opt_row(mol, method, r, version):
     efine = "%.10f" % r["energy_converged_grid"] if "energy_converged_grid" in r else ""
     return "\t".join([
         opt_name(mol, method), opt_file(mol), label, OPT_BASIS, "%d" % charge, "%d" % mult,
-        method, reference, version, "%.10f" % r["energy"], efine, "%.6f" % (r["max_gradient"] * GRADIENT_EV_A),
-        "%d" % r["gradients"],
-        "%.1f" % r["wall"], "%.1f" % r["cpu"], bond_text, angle_text, dih_text,
-        geo_text]) + "\n"
+        method, reference, version, "%.10f" % r["energy"], efine,
+        "%.6f" % (r["max_gradient"] * GRADIENT_EV_A), "%d" % r["gradients"], "%.1f" % r["wall"],
+        "%.1f" % r["cpu"], bond_text, angle_text, dih_text, geo_text]) + "\n"
 
 
 def opt_name(mol, method):
