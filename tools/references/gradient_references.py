@@ -659,7 +659,7 @@ def opt_table(args):
 
 NWCHEM_CHECKS = [("h2o_6-31Gx", "HF"), ("h2o_6-31GxC", "HF"), ("znh2_6-31Gx", "HF"),
                  ("sch3_6-31Gx", "HF"), ("ohm_6-31pGx", "HF"), ("no2_6-31Gx", "HF"),
-                 ("h2o_6-31Gx", "B3LYP"), ("oh_6-31Gx", "B3LYP")]
+                 ("h2o_6-31Gx", "B3LYP"), ("nh3_6-31Gx", "B3LYP")]
 DIFFERENCE_CHECKS = [("h2o_ghost_h2o_6-31Gx", "HF"), ("h2o_6-31Gx", "B3LYP")]
 DIFFERENCE_STEP_A = 0.005  # four-point stencil: truncation error ~ h^4, 1e-9 hartree/bohr here
 
