@@ -180,25 +180,11 @@ def write_new_molecule_files():
     os.makedirs(mdir, exist_ok=True)
     for mol, basis in NEW_FILES:
         label, atoms, charge, mult = EXTRA_MOLECULES.get(mol) or mr.MOLECULES[mol]
-        rec = [
-            "# theory (the tests write the functional of their row here)", "'B3LYP'",
-            "# basis set", "'%s'" % basis,
-            "# molecule name, integer setting", "'%s' 0" % label,
-            "# integer setting", "0",
-            "# integer setting", "0",
-            "# start-density file (blank: none)", "''",
-            "# text setting", "'none'",
-            "# ghost atoms: first last (0 0: none)", "0 0",
-            "# text setting", "'none'",
-            "# charge", "%d" % charge,
-            "# spin multiplicity 2S+1", "%d" % mult,
-            "# atoms: symbol, x y z [A]",
-        ]
-        for s, x, y, z in atoms:
-            rec.append("%-2s %12.6f %12.6f %12.6f" % (
-                s, round(x, 6) + 0.0, round(y, 6) + 0.0, round(z, 6) + 0.0))
+        text = mr.molecule_file_records(
+            "B3LYP", basis, label, charge, mult, atoms,
+            theory_comment="# theory (the tests write the functional of their row here)")
         with open(os.path.join(mdir, mr.case_id(mol, basis) + ".mol"), "w") as f:
-            f.write("\n".join(rec) + "\n")
+            f.write(text)
 
 
 def read_molecule_file(rel):
@@ -223,6 +209,37 @@ def read_molecule_file(rel):
 # --------------------------------------------------------------------------
 # Psi4, one process per task
 # --------------------------------------------------------------------------
+
+
+def with_restarts(mult, opts, run):
+    """Calls run() with Psi4's options set to opts plus each restart below in
+    turn, until one SCF converges; returns what run() returns.
+
+    With DIIS alone, some radicals (OH) swap the singly occupied pi orbital
+    back and forth for hundreds of cycles from any start. Open shells
+    therefore start from the generalised Wolfsberg-Helmholz guess with few
+    DIIS cycles allowed, then run the (slower) second-order solver, with
+    strong damping as the last resort. On the large grid the RMS density
+    change of a few radicals (SH, CH2) stalls at 1e-8 while the energy is
+    steady to 1e-12, so the fallbacks ask for 1e-8 there; the energy
+    criterion stays at 1e-10."""
+    import psi4
+
+    if mult == 1:
+        starts = ({}, {"guess": "gwh"}, {"damping_percentage": 20})
+    else:
+        starts = ({"guess": "gwh", "maxiter": 60},
+                  {"guess": "gwh", "soscf": True, "d_convergence": 1e-8, "maxiter": 100},
+                  {"guess": "gwh", "damping_percentage": 50, "d_convergence": 1e-8})
+    for retry in starts:
+        psi4.core.clean()
+        psi4.core.clean_options()
+        psi4.set_options(dict(opts, **retry))
+        try:
+            return run()
+        except psi4.driver.p4util.exceptions.SCFConvergenceError:
+            if retry is starts[-1]:
+                raise
 
 
 def psi4_run(rel, functional, grids, basis_dir, threads, named=False):
@@ -256,31 +273,8 @@ def psi4_run(rel, functional, grids, basis_dir, threads, named=False):
                 "maxiter": 300, "basis": label}
         opts.update(GRIDS[g])
         t0 = time.perf_counter()
-        # With DIIS alone, some radicals (OH) swap the singly occupied pi
-        # orbital back and forth for hundreds of cycles from any start. Open
-        # shells therefore start from the generalised Wolfsberg-Helmholz
-        # guess with few DIIS cycles allowed, then run the (slower)
-        # second-order solver, with strong damping as the last resort. On the
-        # large grid the RMS density change of a few radicals (SH, CH2) stalls
-        # at 1e-8 while the energy is steady to 1e-12, so the fallbacks ask
-        # for 1e-8 there; the energy criterion stays at 1e-10.
-        if mult == 1:
-            starts = ({}, {"guess": "gwh"}, {"damping_percentage": 20})
-        else:
-            starts = ({"guess": "gwh", "maxiter": 60},
-                      {"guess": "gwh", "soscf": True, "d_convergence": 1e-8, "maxiter": 100},
-                      {"guess": "gwh", "damping_percentage": 50, "d_convergence": 1e-8})
-        for retry in starts:
-            psi4.core.clean()
-            psi4.core.clean_options()
-            psi4.set_options(dict(opts, **retry))
-            try:
-                energy, wfn = psi4.energy("scf", dft_functional=func, molecule=molecule,
-                                          return_wfn=True)
-                break
-            except psi4.driver.p4util.exceptions.SCFConvergenceError:
-                if retry is starts[-1]:
-                    raise
+        energy, wfn = with_restarts(mult, opts, lambda: psi4.energy(
+            "scf", dft_functional=func, molecule=molecule, return_wfn=True))
         wall = time.perf_counter() - t0
         nbf = wfn.basisset().nbf()
         expected = mr.nbasis_expected(data, [a[0] for a in atoms], cart)

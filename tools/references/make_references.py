@@ -361,25 +361,33 @@ def rounded_atoms(mol):
             for s, x, y, z in MOLECULES[mol][1]]
 
 
-def molecule_file_text(mol, basis):
-    label, _, charge, mult = MOLECULES[mol]
+def molecule_file_records(theory, basis, label, charge, mult, atoms, ghosts=(0, 0),
+                          theory_comment="# theory"):
+    """Text of a norvik molecule file: comment and value records alternate,
+    atoms (symbol, x, y, z in angstrom) from record 24, 6 decimals."""
     rec = [
-        "# theory", "'HF'",
+        theory_comment, "'%s'" % theory,
         "# basis set", "'%s'" % basis,
         "# molecule name, integer setting", "'%s' 0" % label,
         "# integer setting", "0",
         "# integer setting", "0",
         "# start-density file (blank: none)", "''",
         "# text setting", "'none'",
-        "# ghost atoms: first last (0 0: none)", "0 0",
+        "# ghost atoms: first last (0 0: none)", "%d %d" % ghosts,
         "# text setting", "'none'",
         "# charge", "%d" % charge,
         "# spin multiplicity 2S+1", "%d" % mult,
         "# atoms: symbol, x y z [A]",
     ]
-    for s, x, y, z in rounded_atoms(mol):
-        rec.append("%-2s %12.6f %12.6f %12.6f" % (s, x, y, z))
+    for s, x, y, z in atoms:
+        rec.append("%-2s %12.6f %12.6f %12.6f" % (
+            s, round(x, 6) + 0.0, round(y, 6) + 0.0, round(z, 6) + 0.0))
     return "\n".join(rec) + "\n"
+
+
+def molecule_file_text(mol, basis):
+    label, _, charge, mult = MOLECULES[mol]
+    return molecule_file_records("HF", basis, label, charge, mult, rounded_atoms(mol))
 
 
 def bohr_positions(mol):
