@@ -69,8 +69,8 @@ endforeach()
 variant(mult0.mol water.mol "\n1\n# atoms" "\n0\n# atoms")
 run(multiplicity_zero STATUS 2 ARGS run mult0.mol
     STDERR "record 22 (multiplicity): spin multiplicity 0 is out of range")
-variant(optimiser.mol water.mol "steepest descent)\n0\n" "steepest descent)\n2\n")
-run(unknown_optimiser STATUS 2 ARGS run optimiser.mol STDERR "record 8 (optimiser): optimiser 2")
+variant(optimiser.mol water.mol "steepest descent)\n0\n" "steepest descent)\n3\n")
+run(unknown_optimiser STATUS 2 ARGS run optimiser.mol STDERR "record 8 (optimiser): optimiser 3")
 variant(population.mol water.mol "\nnone\n# ghost" "\nmulliken\n# ghost")
 run(population_in_lower_case STATUS 2 ARGS run population.mol
     STDERR "'mulliken' is not one of none, Mulliken, Lowdin, both")
