@@ -38,9 +38,11 @@ constexpr norvik_int kStartFromFreeAtoms = 1;
 constexpr double kGridRadius = NORVIK_BOHR_ANGSTROM;
 
 // The conjugate-gradient probe step b [Å²/eV] from the longest trial step of
-// parameter record 18: b·|g| is the first probe's length, so 0.1 Å gives
-// 0.005 Å²/eV, a twentieth of the longest step per eV/Å of gradient.
-constexpr double kProbeStepPerTrialStep = 1.0 / 20.0;
+// parameter record 18: 0.1 Å gives 0.002 Å²/eV.  A probe moves an atom by b·|g|;
+// the stiff bonds of N2 and CO (about 500 eV/Å² along the gradient) need b well
+// below 1/500 Å²/eV, or the second probe overshoots and the explorations fail
+// at the start (0.005 Å²/eV stops N2 5e-3 hartree above its minimum).
+constexpr double kProbeStepPerTrialStep = 1.0 / 50.0;
 
 // Points per exploration at most: the fitted steps 3, 5, 9 and 17 all reachable.
 constexpr norvik_int kMaxPointsPerExploration = 20;

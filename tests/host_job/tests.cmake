@@ -140,3 +140,42 @@ foreach(table hf_gradients ks_gradients)
     endif()
   endforeach()
 endforeach()
+
+# Optimisation jobs against Psi4's optimised energies and bond lengths
+# (optimized.tsv; check_opt.py): the energy to 2e-6 hartree, every bond to 2e-3 Å.
+# Optimisers: 0 conjugate gradient (the spec's line search on energies), 1 steepest
+# descent, 2 quasi-Newton.  Kohn–Sham rows run on the dense grid against Psi4's
+# converged-grid energy at its optimised geometry.  The fast set runs the small
+# Hartree–Fock molecules; the rest is labelled slow.
+find_program(NORVIK_OPT_PYTHON NAMES python3 PATHS /usr/bin NO_DEFAULT_PATH)
+if(NORVIK_OPT_PYTHON)
+  set(opt_fast h2o_6-31Gx_HF nh3_6-31Gx_HF hf_6-31Gx_HF n2_6-31Gx_HF co_6-31Gx_HF
+               ch3_6-31Gx_HF)
+  file(STRINGS ${ref_data}/optimized.tsv opt_rows)
+  foreach(row IN LISTS opt_rows)
+    if(row MATCHES "^#" OR row MATCHES "^name\t")
+      continue()
+    endif()
+    string(REPLACE "\t" ";" cols "${row}")
+    list(GET cols 0 name)
+    list(GET cols 6 method)
+    set(optimisers 0 1 2)
+    set(extra)
+    if(NOT method STREQUAL "HF")
+      set(optimisers 2)
+      set(extra --dense)
+    endif()
+    foreach(o IN LISTS optimisers)
+      set(test job.opt.${name}.${o})
+      add_test(NAME ${test}
+               COMMAND ${NORVIK_OPT_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/check_opt.py
+                       $<TARGET_FILE:norvik_host> ${name} ${o}
+                       ${CMAKE_CURRENT_BINARY_DIR}/jobs/opt_${name}_${o} ${extra})
+      set_tests_properties(${test} PROPERTIES
+                           ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
+      if(NOT name IN_LIST opt_fast OR o EQUAL 1)
+        set_tests_properties(${test} PROPERTIES LABELS slow)
+      endif()
+    endforeach()
+  endforeach()
+endif()
