@@ -123,12 +123,13 @@ void run(Driver driver, const char* routine, const OptimizeArgs& a) {
     if (!logfile.empty()) io::append_lines(logfile, {std::string()});
     if (cycle == 1) timestamp("SCF iteration for the molecule ok.");
   };
-  const bool largest_only = driver == Driver::mole && na > 20;
+  // The accepted point of a cycle is the surface's current one.
+  const geometry::ScfSurface* self = nullptr;
   hooks.report_cycle = [&](const geometry::CycleReport& r) {
     io::append_lines(report, report::positions_of_cycle(r.x, zel, r.cycle));
-    io::append_lines(
-        report, largest_only ? report::largest_gradient(r.g, zel) : report::gradient(r.g, zel));
-    io::append_lines(report, report::energy_scf(r.energy, *a.de_final));
+    io::append_lines(report, r.largest_gradient_only ? report::largest_gradient(r.g, zel)
+                                                     : report::gradient(r.g, zel));
+    io::append_lines(report, report::energy_scf(r.energy, self->current().de_final));
     if (!xyzfile.empty()) io::append_lines(xyzfile, report::xyz_frame(r.x, zel, r.cycle, r.energy));
   };
   hooks.progress = [](std::string_view text) { timestamp(std::string(text).c_str()); };
@@ -140,6 +141,7 @@ void run(Driver driver, const char* routine, const OptimizeArgs& a) {
 
   geometry::ScfSurface surface(job, control, zat, zel, first, {a.rho, 2 * nn},
                                {a.orbitals, 2 * (nn + count(n))}, std::move(hooks));
+  self = &surface;
   const std::span<double> x(a.pos, 3 * na), g(a.grad, 3 * na);
   geometry::OptimizerResult result;
   if (driver == Driver::quasi_newton) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -382,6 +383,8 @@ OptimizerResult optimize_quasi_newton(Surface& surface, const QuasiNewtonSetting
   Matrix basis = internal_basis(xb);
   projected(basis, g, gb);
   double trust = settings.trust_radius;
+  // energy of the previous accepted point [eV] (none before the first step)
+  double last_energy = std::numeric_limits<double>::infinity();
 
   for (int cycle = 1;; ++cycle) {
     if (settings.max_cycles != 1) {
@@ -422,8 +425,10 @@ OptimizerResult optimize_quasi_newton(Surface& surface, const QuasiNewtonSetting
     const bool forces_small = gmax < limit.max_gradient && rms(gb) < limit.rms_gradient;
     // The trust radius does not enter the test: a step cut short by it is no
     // sign of being near the minimum.
-    if ((forces_small && max_abs(step) < limit.max_step && rms(step) < limit.rms_step) ||
-        gmax < limit.max_gradient / 100.0) {
+    const bool step_small = max_abs(step) < limit.max_step && rms(step) < limit.rms_step;
+    const bool energy_settled =
+        std::abs(energy - last_energy) < limit.energy_change * constants::kHartreeEv;
+    if ((forces_small && (step_small || energy_settled)) || gmax < limit.max_gradient / 100.0) {
       result.converged = true;
       break;
     }
@@ -467,6 +472,7 @@ OptimizerResult optimize_quasi_newton(Surface& surface, const QuasiNewtonSetting
       }
       break;
     }
+    last_energy = energy;
     energy = e_new;
     surface.gradient(g);
     ++result.gradients;

@@ -28,12 +28,16 @@
 
 namespace norvik::geometry {
 
-// Convergence limits in atomic units (gradients hartree/bohr, steps bohr).
+// Convergence limits in atomic units (gradients hartree/bohr, steps bohr,
+// energies hartree).  Converged when the gradient is within its limits and
+// either the next step is within its limits or the last step changed the energy
+// by less than energy_change (the second rule as Psi4's default criteria).
 struct ConvergenceCriteria {
   double max_gradient = 4.5e-4;
   double rms_gradient = 3.0e-4;
   double max_step = 1.8e-3;
   double rms_step = 1.2e-3;
+  double energy_change = 1.0e-6;
 };
 
 struct QuasiNewtonSettings {

@@ -497,7 +497,7 @@ def child_main(args):
         r = energy_task(task[1], task[2], task[3], args.basis_dir, 1, scratch,
                         [tuple(a) for a in task[4]])
     elif kind == "optimise":
-        r = optimise_task(task[1], task[2], args.basis_dir, 1, scratch)
+        r = optimise_task(task[1], task[2], args.basis_dir, args.threads, scratch)
     else:
         raise ValueError(kind)
     with open(args.result, "w") as f:
@@ -793,6 +793,8 @@ def main():
     ap.add_argument("--crosscheck", action="store_true",
                     help="also write gradient_crosscheck.tsv (NWChem, central differences)")
     ap.add_argument("--molecule-files-only", action="store_true")
+    ap.add_argument("--threads", type=int, default=1,
+                    help="threads of a single --task (the benchmark runs two)")
     ap.add_argument("--task", help=argparse.SUPPRESS)
     ap.add_argument("--result", help=argparse.SUPPRESS)
     args = ap.parse_args()

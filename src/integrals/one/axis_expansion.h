@@ -88,4 +88,34 @@ void nucleus_axis(int imax, double pc, double eps, double (&h)[NI][NI]) {
   }
 }
 
+// The A-factor tables of one axis for one nucleus: G(l1, l2)(nu) = sum_n f_n(l1,
+// l2) H_n(nu) for l1 ≤ la_max, l2 ≤ lb_max.
+template <int NA, int NB, int NI, int NG, int NH, int NV>
+void attraction_axis(int la_max, int lb_max, const AxisExpansion<NA, NB, NI>& ex,
+                     const double (&h)[NH][NH], double (&g)[NG][NG][NV]) {
+  for (int i = 0; i <= la_max; ++i)
+    for (int j = 0; j <= lb_max; ++j) {
+      double* gij = g[i][j];
+      const double* fij = ex.f[i][j];
+      for (int nu = 0; nu <= i + j; ++nu) gij[nu] = 0.0;
+      for (int n = 0; n <= i + j; ++n) {
+        if (fij[n] == 0.0) continue;
+        for (int nu = 0; nu <= n; ++nu) gij[nu] += fij[n] * h[n][nu];
+      }
+    }
+}
+
+// sum over ix ≤ nx, iy ≤ ny, iz ≤ nz of Gx(ix) Gy(iy) Gz(iz) F(ix + iy + iz): the
+// nuclear attraction of one component pair without its prefactor.
+inline double attraction_sum(const double* gx, const double* gy, const double* gz, int nx, int ny,
+                             int nz, const double* boys) {
+  double sum = 0.0;
+  for (int ix = 0; ix <= nx; ++ix)
+    for (int iy = 0; iy <= ny; ++iy) {
+      const double gxy = gx[ix] * gy[iy];
+      for (int iz = 0; iz <= nz; ++iz) sum += gxy * gz[iz] * boys[ix + iy + iz];
+    }
+  return sum;
+}
+
 }  // namespace norvik::integrals::one

@@ -142,30 +142,15 @@ void add_primitive_pair(const ShellPlan& a, int atom_a, int ka, const ShellPlan&
     boys_table(t, numax, f);
     for (int k = 0; k < 3; ++k) {
       nucleus_axis(a.lmax[k] + b.lmax[k] + 2, pc[k], eps, h[k]);
-      for (int i = 0; i <= a.lmax[k] + 1; ++i)
-        for (int j = 0; j <= b.lmax[k] + 1; ++j) {
-          double* gij = gt[k][i][j];
-          const double* fij = ex[k].f[i][j];
-          for (int nu = 0; nu <= i + j; ++nu) gij[nu] = 0.0;
-          for (int n = 0; n <= i + j; ++n) {
-            if (fij[n] == 0.0) continue;
-            for (int nu = 0; nu <= n; ++nu) gij[nu] += fij[n] * h[k][n][nu];
-          }
-        }
+      attraction_axis(a.lmax[k] + 1, b.lmax[k] + 1, ex[k], h[k], gt[k]);
     }
     const double scale = -charges[c] * vpref;
     auto attraction = [&](const Lmn& la, const Lmn& lb) {
       const double* gx = gt[0][la[0]][lb[0]];
       const double* gy = gt[1][la[1]][lb[1]];
       const double* gz = gt[2][la[2]][lb[2]];
-      const int nx = la[0] + lb[0], ny = la[1] + lb[1], nz = la[2] + lb[2];
-      double sum = 0.0;
-      for (int ix = 0; ix <= nx; ++ix)
-        for (int iy = 0; iy <= ny; ++iy) {
-          const double gxy = gx[ix] * gy[iy];
-          for (int iz = 0; iz <= nz; ++iz) sum += gxy * gz[iz] * f[ix + iy + iz];
-        }
-      return scale * sum;
+      return scale *
+             attraction_sum(gx, gy, gz, la[0] + lb[0], la[1] + lb[1], la[2] + lb[2], f.data());
     };
     std::array<double, 3> da{}, db{};
     for (int ca = 0; ca < a.ncomp; ++ca) {

@@ -169,16 +169,7 @@ void add_primitive_pair(const ShellPlan& a, int ka, const ShellPlan& b, int kb,
       boys_table(t, numax, f);
       for (int k = 0; k < 3; ++k) {
         nucleus_axis(a.lmax[k] + b.lmax[k], pc[k], eps, h[k]);
-        for (int i = 0; i <= a.lmax[k]; ++i)
-          for (int j = 0; j <= b.lmax[k]; ++j) {
-            double* gij = gt[k][i][j];
-            const double* fij = ex[k].f[i][j];
-            for (int nu = 0; nu <= i + j; ++nu) gij[nu] = 0.0;
-            for (int n = 0; n <= i + j; ++n) {
-              if (fij[n] == 0.0) continue;
-              for (int nu = 0; nu <= n; ++nu) gij[nu] += fij[n] * h[k][n][nu];
-            }
-          }
+        attraction_axis(a.lmax[k], b.lmax[k], ex[k], h[k], gt[k]);
       }
       for (int ca = 0; ca < a.ncomp; ++ca) {
         const Lmn& la = a.comp[ca];
@@ -187,14 +178,8 @@ void add_primitive_pair(const ShellPlan& a, int ka, const ShellPlan& b, int kb,
           const double* gx = gt[0][la[0]][lb[0]];
           const double* gy = gt[1][la[1]][lb[1]];
           const double* gz = gt[2][la[2]][lb[2]];
-          const int nx = la[0] + lb[0], ny = la[1] + lb[1], nz = la[2] + lb[2];
-          double sum = 0.0;
-          for (int ix = 0; ix <= nx; ++ix)
-            for (int iy = 0; iy <= ny; ++iy) {
-              const double gxy = gx[ix] * gy[iy];
-              for (int iz = 0; iz <= nz; ++iz) sum += gxy * gz[iz] * f[ix + iy + iz];
-            }
-          pv[ca][cb] -= charges[c] * sum;
+          pv[ca][cb] -= charges[c] * attraction_sum(gx, gy, gz, la[0] + lb[0], la[1] + lb[1],
+                                                    la[2] + lb[2], f.data());
         }
       }
     }

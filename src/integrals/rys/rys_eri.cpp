@@ -124,6 +124,47 @@ int make_pairs(const ShellData& s1, const ShellData& s2, double cutoff, double* 
   return count;
 }
 
+// The recurrence coefficients of one batch: a bra pair against `kets` ket pairs
+// from k0, every root of each (entry v = ket · nroots + root).
+struct BatchCoefficients {
+  double *b00, *b10, *b01;
+  double *c00[3], *d00[3];
+  double* weight;
+};
+
+void batch_coefficients(const double* pb, const double* ket, int k0, int kets, int nroots,
+                        const BatchCoefficients& out) {
+  double u[kMaxRoots];
+  double w[kMaxRoots];
+  const double zeta = pb[kZeta];
+  for (int kk = 0; kk < kets; ++kk) {
+    const double* pk = ket + kPairDoubles * (k0 + kk);
+    const double eta = pk[kZeta];
+    const double sum = zeta + eta;
+    double pq[3];
+    double pq2 = 0.0;
+    for (int i = 0; i < 3; ++i) {
+      pq[i] = pb[kCentre + i] - pk[kCentre + i];
+      pq2 += pq[i] * pq[i];
+    }
+    rys_roots_unchecked(zeta * eta / sum * pq2, nroots, u, w);
+    const double scale =
+        kTwoPiToFiveHalves / (zeta * eta * std::sqrt(sum)) * pb[kFactor] * pk[kFactor];
+    for (int r = 0; r < nroots; ++r) {
+      const int v = kk * nroots + r;
+      const double t2 = u[r];
+      out.b00[v] = 0.5 * t2 / sum;
+      out.b10[v] = 0.5 / zeta - 0.5 * eta * t2 / (zeta * sum);
+      out.b01[v] = 0.5 / eta - 0.5 * zeta * t2 / (eta * sum);
+      for (int i = 0; i < 3; ++i) {
+        out.c00[i][v] = pb[kShift + i] - eta * t2 / sum * pq[i];
+        out.d00[i][v] = pk[kShift + i] + zeta * t2 / sum * pq[i];
+      }
+      out.weight[v] = scale * w[r];
+    }
+  }
+}
+
 // The Rys recurrences for one axis over a batch: table[(e*(lcd+1) + f)*n + v]
 // holds the 2D integral I(e, f) of batch entry v, started from I(0, 0) = base[v].
 void build_2d(const Plan& p, int n, const double* base, const double* c00, const double* d00,
@@ -376,41 +417,14 @@ void rys_eri(const ShellData& a_in, const ShellData& b_in, const ShellData& c_in
   double* g = buffer0;
   std::fill(g, g + static_cast<std::size_t>(p.ne) * p.nf, 0.0);
 
-  double u[kMaxRoots];
-  double w[kMaxRoots];
+  const BatchCoefficients coefficients{
+      b00, b10, b01, {c00[0], c00[1], c00[2]}, {d00[0], d00[1], d00[2]}, weight};
   for (int ib = 0; ib < nbra; ++ib) {
     const double* pb = bra + kPairDoubles * ib;
-    const double zeta = pb[kZeta];
     for (int k0 = 0; k0 < nket; k0 += p.batch_kets) {
       const int kets = std::min(p.batch_kets, nket - k0);
       const int n = kets * p.nroots;
-      for (int kk = 0; kk < kets; ++kk) {
-        const double* pk = ket + kPairDoubles * (k0 + kk);
-        const double eta = pk[kZeta];
-        const double sum = zeta + eta;
-        double pq[3];
-        double pq2 = 0.0;
-        for (int i = 0; i < 3; ++i) {
-          pq[i] = pb[kCentre + i] - pk[kCentre + i];
-          pq2 += pq[i] * pq[i];
-        }
-        const double x = zeta * eta / sum * pq2;
-        rys_roots_unchecked(x, p.nroots, u, w);
-        const double scale =
-            kTwoPiToFiveHalves / (zeta * eta * std::sqrt(sum)) * pb[kFactor] * pk[kFactor];
-        for (int r = 0; r < p.nroots; ++r) {
-          const int v = kk * p.nroots + r;
-          const double t2 = u[r];
-          b00[v] = 0.5 * t2 / sum;
-          b10[v] = 0.5 / zeta - 0.5 * eta * t2 / (zeta * sum);
-          b01[v] = 0.5 / eta - 0.5 * zeta * t2 / (eta * sum);
-          for (int i = 0; i < 3; ++i) {
-            c00[i][v] = pb[kShift + i] - eta * t2 / sum * pq[i];
-            d00[i][v] = pk[kShift + i] + zeta * t2 / sum * pq[i];
-          }
-          weight[v] = scale * w[r];
-        }
-      }
+      batch_coefficients(pb, ket, k0, kets, p.nroots, coefficients);
       // x and y start from 1, z from the weight times the prefactor.
       for (int v = 0; v < n; ++v) xy[v] = 1.0;
       build_2d(p, n, xy, c00[0], d00[0], b10, b01, b00, table[0]);
@@ -596,7 +610,10 @@ void RysGradientEngine::add(const ShellData& a_in, const ShellData& b_in, const 
   std::fill(g0, g0 + 4 * block, 0.0);
 
   // Exponents of the primitive pairs, in the order make_pairs keeps them.
-  std::vector<std::array<double, 2>> bra_exp, ket_exp;
+  std::vector<std::array<double, 2>>& bra_exp = bra_exponents_;
+  std::vector<std::array<double, 2>>& ket_exp = ket_exponents_;
+  bra_exp.clear();
+  ket_exp.clear();
   auto pair_exponents = [cutoff](const ShellData& s1, const ShellData& s2,
                                  std::vector<std::array<double, 2>>& out) {
     double ab2 = 0.0;
@@ -612,40 +629,20 @@ void RysGradientEngine::add(const ShellData& a_in, const ShellData& b_in, const 
   const int nbra = make_pairs(a, b, cutoff, bra);
   const int nket = make_pairs(c, d, cutoff, ket);
 
-  double u[kMaxRoots];
-  double w[kMaxRoots];
+  const BatchCoefficients coefficients{
+      b00, b10, b01, {c00[0], c00[1], c00[2]}, {d00[0], d00[1], d00[2]}, weight};
   for (int ib = 0; ib < nbra; ++ib) {
     const double* pb = bra + kPairDoubles * ib;
-    const double zeta = pb[kZeta];
     std::fill(g_pair, g_pair + block, 0.0);
     for (int k0 = 0; k0 < nket; k0 += q.batch_kets) {
       const int kets = std::min(q.batch_kets, nket - k0);
       const int n = kets * q.nroots;
+      batch_coefficients(pb, ket, k0, kets, q.nroots, coefficients);
+      // the raised c carries 2γ of its ket's primitive
       for (int kk = 0; kk < kets; ++kk) {
-        const double* pk = ket + kPairDoubles * (k0 + kk);
-        const double eta = pk[kZeta];
-        const double sum = zeta + eta;
-        double pq[3];
-        double pq2 = 0.0;
-        for (int i = 0; i < 3; ++i) {
-          pq[i] = pb[kCentre + i] - pk[kCentre + i];
-          pq2 += pq[i] * pq[i];
-        }
-        rys_roots_unchecked(zeta * eta / sum * pq2, q.nroots, u, w);
-        const double scale =
-            kTwoPiToFiveHalves / (zeta * eta * std::sqrt(sum)) * pb[kFactor] * pk[kFactor];
         const double two_gamma = 2.0 * ket_exp[static_cast<std::size_t>(k0 + kk)][0];
         for (int r = 0; r < q.nroots; ++r) {
           const int v = kk * q.nroots + r;
-          const double t2 = u[r];
-          b00[v] = 0.5 * t2 / sum;
-          b10[v] = 0.5 / zeta - 0.5 * eta * t2 / (zeta * sum);
-          b01[v] = 0.5 / eta - 0.5 * zeta * t2 / (eta * sum);
-          for (int i = 0; i < 3; ++i) {
-            c00[i][v] = pb[kShift + i] - eta * t2 / sum * pq[i];
-            d00[i][v] = pk[kShift + i] + zeta * t2 / sum * pq[i];
-          }
-          weight[v] = scale * w[r];
           weight_c[v] = two_gamma * weight[v];
         }
       }

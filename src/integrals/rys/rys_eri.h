@@ -105,6 +105,7 @@ class RysGradientEngine {
   std::vector<double> scratch_;
   std::array<std::vector<double>, 6> blocks_;
   std::vector<double> hrr_[2];
+  std::vector<std::array<double, 2>> bra_exponents_, ket_exponents_;
 };
 
 }  // namespace norvik::integrals::rys
