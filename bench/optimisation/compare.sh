@@ -31,8 +31,7 @@ for case in h2o:HF:standard c6h6:HF:standard c2h4:B3LYP:dense; do
       "$data/molecules_opt/${mol}_6-31Gx.mol" > "$work/$mol.mol"
   echo "== $mol $method (norvik grid: $grid)"
   (cd "$work" && OMP_NUM_THREADS=2 farm-bench -n "$runs" --timeout 3600 \
-      --vs "env PYTHONPATH=$refs:/usr/lib/x86_64-linux-gnu /usr/bin/python3 $refs/gradient_references.py --threads 2 --task [\"optimise\",\"molecules_opt/${mol}_6-31Gx.mol\",\"$method\"] --result $work/psi4.json" \
+      --vs "env PYTHONPATH=$refs:/usr/lib/x86_64-linux-gnu /usr/bin/python3 $refs/gradient_references.py --threads 2 --task '[\"optimise\",\"molecules_opt/${mol}_6-31Gx.mol\",\"$method\"]' --result $work/psi4.json" \
       -- "$build/app/norvik" run "$mol.mol" "$par" --grid "$grid" --report r.report --log r.log \
       --xyz r.xyz)
-  sed -n 's/^norvik: \(.*optimisation.*\)/norvik: \1/p' "$work/r.report" 2>/dev/null || true
 done

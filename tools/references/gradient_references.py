@@ -492,7 +492,7 @@ def child_main(args):
     scratch = os.getcwd()
     kind = task[0]
     if kind == "gradient":
-        r = gradient_task(task[1], task[2], task[3], args.basis_dir, 1, scratch)
+        r = gradient_task(task[1], task[2], task[3], args.basis_dir, args.threads, scratch)
     elif kind == "energy":
         r = energy_task(task[1], task[2], task[3], args.basis_dir, 1, scratch,
                         [tuple(a) for a in task[4]])
