@@ -28,6 +28,7 @@
 #include "norvik/scf.h"
 #include "norvik/setup.h"
 #include "norvik/templates.h"
+#include "norvik/thermo.h"
 #include "norvik/xc.h"
 
 #endif
