@@ -25,6 +25,7 @@
 #include "norvik/report.h"
 #include "norvik/report_bonds.h"
 #include "norvik/report_geometry.h"
+#include "norvik/report_thermo.h"
 #include "norvik/scf.h"
 #include "norvik/setup.h"
 #include "norvik/templates.h"

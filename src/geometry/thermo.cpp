@@ -31,6 +31,22 @@ std::span<const double> vibrational_eigenvalues(bool linear, int natom,
   return eigenvalues.subspan(first, total - first);
 }
 
+std::vector<double> mode_energies(bool linear, int natom, std::span<const double> eigenvalues,
+                                  double scale) {
+  std::vector<double> energies;
+  for (double lambda : vibrational_eigenvalues(linear, natom, eigenvalues)) {
+    energies.push_back(std::sqrt(lambda) * kHbarC * effective_scale(scale));
+  }
+  return energies;
+}
+
+double zero_point_energy(bool linear, int natom, std::span<const double> eigenvalues,
+                         double scale) {
+  double sum = 0.0;
+  for (double hw : mode_energies(linear, natom, eigenvalues, scale)) sum += hw / 2.0;
+  return sum;
+}
+
 Entropies entropy(bool linear, int sigma, int natom, double mass,
                   const std::array<double, 3>& inertia, std::span<const double> eigenvalues,
                   double scale) {

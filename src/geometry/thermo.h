@@ -10,6 +10,7 @@
 
 #include <array>
 #include <span>
+#include <vector>
 
 namespace norvik::geometry {
 
@@ -31,6 +32,13 @@ inline constexpr double kEightPiCubed = 248.05021344239853;      // 8π³
 // Empty when the molecule has no such modes.
 std::span<const double> vibrational_eigenvalues(bool linear, int natom,
                                                 std::span<const double> eigenvalues);
+
+// ħω (eV) of every vibrational mode, in the order of the eigenvalues.
+std::vector<double> mode_energies(bool linear, int natom, std::span<const double> eigenvalues,
+                                  double scale);
+
+// The harmonic zero-point energy Σ ħω/2 (eV).
+double zero_point_energy(bool linear, int natom, std::span<const double> eigenvalues, double scale);
 
 // Entropies in eV/K per molecule.
 struct Entropies {
