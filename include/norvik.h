@@ -25,9 +25,11 @@
 #include "norvik/report.h"
 #include "norvik/report_bonds.h"
 #include "norvik/report_geometry.h"
+#include "norvik/report_thermo.h"
 #include "norvik/scf.h"
 #include "norvik/setup.h"
 #include "norvik/templates.h"
+#include "norvik/thermo.h"
 #include "norvik/xc.h"
 
 #endif
