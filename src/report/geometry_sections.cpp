@@ -6,6 +6,7 @@
 
 #include "common/fortran_format.h"
 #include "common/text_file.h"
+#include "report/values.h"
 #include "setup/elements.h"
 
 namespace norvik::report {
@@ -14,13 +15,6 @@ namespace {
 
 using fortran::format;
 using fortran::Value;
-
-Value integer(long long v) {
-  return Value(std::int64_t{v});
-}
-Value text(std::string_view v) {
-  return Value(v);
-}
 
 std::string symbol_of(int z) {
   return z == 0 ? std::string("Bq") : setup::z_to_symbol(z);

@@ -6,6 +6,7 @@
 
 #include "common/constants.h"
 #include "common/fortran_format.h"
+#include "report/values.h"
 #include "setup/elements.h"
 
 namespace norvik::report {
@@ -14,13 +15,6 @@ namespace {
 
 using fortran::format;
 using fortran::Value;
-
-Value integer(long long v) {
-  return Value(std::int64_t{v});
-}
-Value text(std::string_view v) {
-  return Value(v);
-}
 
 // A value that would be written as a signed zero in six decimals is written as 0.
 double cleaned6(double v) {

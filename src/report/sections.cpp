@@ -6,6 +6,7 @@
 #include "common/constants.h"
 #include "common/fortran_format.h"
 #include "common/text_file.h"
+#include "report/values.h"
 #include "setup/elements.h"
 
 namespace norvik::report {
@@ -14,13 +15,6 @@ namespace {
 
 using fortran::format;
 using fortran::Value;
-
-Value integer(long long v) {
-  return Value(std::int64_t{v});
-}
-Value text(std::string_view v) {
-  return Value(v);
-}
 
 // A log dipole component below 5e-6 in magnitude is written as zero, so that no
 // "-0.00000" ever appears in a column that should read zero.

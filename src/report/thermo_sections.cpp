@@ -5,6 +5,7 @@
 
 #include "common/constants.h"
 #include "common/fortran_format.h"
+#include "report/values.h"
 
 namespace norvik::report {
 
@@ -16,10 +17,6 @@ using fortran::Value;
 constexpr double kTemperature = 298.15;               // K
 constexpr double kSpeedOfLight = 299792458.0;         // m/s
 constexpr double kBoltzmann = 8.617333261998994e-05;  // eV/K
-
-Value text(std::string_view v) {
-  return Value(v);
-}
 
 // A label padded to the common width, then four columns.
 std::string row(std::string_view label, const std::array<double, 4>& v, std::string_view fmt) {
