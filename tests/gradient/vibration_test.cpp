@@ -1,0 +1,94 @@
+// Harmonic wavenumbers from the Hessian by differences of the analytic
+// gradient, against Psi4's analytic Hessian at the same geometry with the same
+// masses (tests/references/data/hf_frequencies.tsv), to 0.1 cm⁻¹.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "common/constants.h"
+#include "geometry/vibrations.h"
+#include "scf/gradient.h"
+#include "scf/single_point.h"
+#include "setup/elements.h"
+
+namespace norvik::geometry {
+namespace {
+
+struct Reference {
+  std::string name, basis;
+  std::vector<double> wavenumbers;
+  std::vector<int> elements;
+  std::vector<double> positions;
+};
+
+std::vector<Reference> references() {
+  std::ifstream in(std::string(NORVIK_SOURCE_DIR) + "/tests/references/data/hf_frequencies.tsv");
+  std::vector<Reference> out;
+  std::string line;
+  while (std::getline(in, line)) {
+    if (line.empty() || line[0] == '#' || line.rfind("name\t", 0) == 0) continue;
+    std::vector<std::string> f;
+    std::stringstream ss(line);
+    std::string x;
+    while (std::getline(ss, x, '\t')) f.push_back(x);
+    Reference r{f[0], f[2], {}, {}, {}};
+    std::stringstream w(f[4]);
+    for (double v; w >> v;) r.wavenumbers.push_back(v);
+    std::stringstream g(f[5]);
+    for (std::string atom; std::getline(g, atom, ';');) {
+      std::stringstream a(atom);
+      std::string symbol;
+      double c[3];
+      a >> symbol >> c[0] >> c[1] >> c[2];
+      if (symbol.size() == 1) symbol += " ";
+      r.elements.push_back(setup::symbol_to_z(symbol));
+      r.positions.insert(r.positions.end(), c, c + 3);
+    }
+    out.push_back(r);
+  }
+  return out;
+}
+
+TEST(HarmonicWavenumbers, DifferencesOfTheAnalyticGradientAgainstPsi4) {
+  const std::vector<Reference> refs = references();
+  ASSERT_FALSE(refs.empty());
+  for (const Reference& r : refs) {
+    scf::JobControl job;
+    job.basis = r.basis;
+    job.orthogonality = 1e-8;
+    scf::ScfControl control;
+    control.niter = 300;
+    control.thr_ene = 1e-11;
+    control.thr_rms = 1e-11;
+    int electrons = 0;
+    for (int z : r.elements) electrons += z;
+    scf::PointSettings settings;
+    settings.counts = {electrons / 2, electrons / 2};
+    const int n = scf::basis_size(job.basis, r.elements);
+    std::vector<double> rho(2 * static_cast<std::size_t>(n * n));
+    std::vector<double> orbitals(2 * static_cast<std::size_t>(n * (n + 1)));
+    const GradientFunction gradient = [&](std::span<const double> x) {
+      const scf::MoleculeView molecule{r.elements, r.elements, x};
+      scf::single_point(job, control, molecule, settings, rho, orbitals);
+      return scf::point_gradient(job, molecule, settings.counts, rho, orbitals);
+    };
+    const std::vector<double> hessian =
+        hessian_by_differences(gradient, r.positions, 5e-3, /*four_point=*/true);
+    std::vector<double> masses;
+    for (int z : r.elements) masses.push_back(setup::atomic_mass(z) * constants::kAtomicMassUnitEv);
+    const NormalModes modes = normal_modes(hessian, masses, r.positions);
+    const std::size_t skip = modes.wavenumbers.size() - r.wavenumbers.size();
+    EXPECT_EQ(skip, 6u) << r.name;
+    for (std::size_t k = 0; k < skip; ++k)
+      EXPECT_NEAR(modes.wavenumbers[k], 0.0, 1e-3) << r.name << " rigid motion " << k;
+    for (std::size_t k = 0; k < r.wavenumbers.size(); ++k)
+      EXPECT_NEAR(modes.wavenumbers[skip + k], r.wavenumbers[k], 0.1) << r.name << " mode " << k;
+  }
+}
+
+}  // namespace
+}  // namespace norvik::geometry
