@@ -143,7 +143,7 @@ endforeach()
 
 # Optimisation jobs against Psi4's optimised energies and bond lengths
 # (optimized.tsv; check_opt.py): the energy to 2e-6 hartree, every bond to 2e-3 Å.
-# Optimisers: 0 conjugate gradient (the spec's line search on energies), 1 steepest
+# Optimisers: 0 conjugate gradient (a line search on energies alone), 1 steepest
 # descent, 2 quasi-Newton.  Kohn–Sham rows run on the dense grid against Psi4's
 # converged-grid energy at its optimised geometry.  The fast set runs the small
 # Hartree–Fock molecules; the rest is labelled slow.

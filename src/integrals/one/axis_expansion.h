@@ -88,6 +88,28 @@ void nucleus_axis(int imax, double pc, double eps, double (&h)[NI][NI]) {
   }
 }
 
+// The expansions of the three axes of a primitive pair and their overlap
+// factors I[axis][l1][l2] = sum_h f_2h(l1, l2) (2h - 1)!! / (2 gamma)^h, for l1 ≤
+// la_max[axis] and l2 ≤ lb_max[axis].
+template <int NA, int NB, int NI>
+void overlap_axes(const std::array<int, 3>& la_max, const std::array<int, 3>& lb_max,
+                  const std::array<double, 3>& pa, const std::array<double, 3>& pb, double gamma,
+                  AxisExpansion<NA, NB, NI> (&ex)[3], double (&ov)[3][NA][NB]) {
+  double moment_weight[NI / 2 + 1];  // (2h - 1)!! / (2 gamma)^h
+  moment_weight[0] = 1.0;
+  for (int h = 1; h <= NI / 2; ++h)
+    moment_weight[h] = moment_weight[h - 1] * (2 * h - 1) / (2.0 * gamma);
+  for (int k = 0; k < 3; ++k) {
+    expand_axis(la_max[k], lb_max[k], pa[k], pb[k], ex[k]);
+    for (int i = 0; i <= la_max[k]; ++i)
+      for (int j = 0; j <= lb_max[k]; ++j) {
+        double sum = 0.0;
+        for (int h = 0; 2 * h <= i + j; ++h) sum += ex[k].f[i][j][2 * h] * moment_weight[h];
+        ov[k][i][j] = sum;
+      }
+  }
+}
+
 // The A-factor tables of one axis for one nucleus: G(l1, l2)(nu) = sum_n f_n(l1,
 // l2) H_n(nu) for l1 ≤ la_max, l2 ≤ lb_max.
 template <int NA, int NB, int NI, int NG, int NH, int NV>

@@ -66,19 +66,8 @@ void add_primitive_pair(const ShellPlan& a, int atom_a, int ka, const ShellPlan&
 
   Expansion ex[3];
   double ov[3][kNa][kNb];
-  double moment_weight[kNi / 2 + 1];
-  moment_weight[0] = 1.0;
-  for (int i = 1; i <= kNi / 2; ++i)
-    moment_weight[i] = moment_weight[i - 1] * (2 * i - 1) / (2.0 * g.gamma);
-  for (int k = 0; k < 3; ++k) {
-    expand_axis(a.lmax[k] + 1, b.lmax[k] + 2, g.pa[k], g.pb[k], ex[k]);
-    for (int i = 0; i <= a.lmax[k] + 1; ++i)
-      for (int j = 0; j <= b.lmax[k] + 2; ++j) {
-        double sum = 0.0;
-        for (int h = 0; 2 * h <= i + j; ++h) sum += ex[k].f[i][j][2 * h] * moment_weight[h];
-        ov[k][i][j] = sum;
-      }
-  }
+  overlap_axes({a.lmax[0] + 1, a.lmax[1] + 1, a.lmax[2] + 1},
+               {b.lmax[0] + 2, b.lmax[1] + 2, b.lmax[2] + 2}, g.pa, g.pb, g.gamma, ex, ov);
   const double q = kPi / g.gamma;
   const double pref = q * std::sqrt(q) * std::exp(-g.e);
 

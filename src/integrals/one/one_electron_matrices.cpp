@@ -107,20 +107,7 @@ void add_primitive_pair(const ShellPlan& a, int ka, const ShellPlan& b, int kb,
   // to lmax + 2: I = sum_i f_2i (2i - 1)!! / (2 gamma)^i.
   AxisExpansion ex[3];
   double ov[3][kMaxL + 1][kAxisB];
-  double moment_weight[kMaxI / 2 + 1];  // (2i - 1)!! / (2 gamma)^i
-  moment_weight[0] = 1.0;
-  for (int i = 1; i <= kMaxI / 2; ++i)
-    moment_weight[i] = moment_weight[i - 1] * (2 * i - 1) / (2.0 * g.gamma);
-  for (int k = 0; k < 3; ++k) {
-    expand_axis(a.lmax[k], b.lmax[k] + 2, g.pa[k], g.pb[k], ex[k]);
-    for (int i = 0; i <= a.lmax[k]; ++i)
-      for (int j = 0; j <= b.lmax[k] + 2; ++j) {
-        double sum = 0.0;
-        for (int h = 0; 2 * h <= i + j; ++h) sum += ex[k].f[i][j][2 * h] * moment_weight[h];
-        ov[k][i][j] = sum;
-      }
-  }
-
+  overlap_axes(a.lmax, {b.lmax[0] + 2, b.lmax[1] + 2, b.lmax[2] + 2}, g.pa, g.pb, g.gamma, ex, ov);
   const double q = kPi / g.gamma;
   const double pref = q * std::sqrt(q) * std::exp(-g.e);
 

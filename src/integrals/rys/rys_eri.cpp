@@ -165,6 +165,24 @@ void batch_coefficients(const double* pb, const double* ket, int k0, int kets, i
   }
 }
 
+// Carves the coefficient arrays of a batch of `batch` entries from the scratch at
+// `cursor`, moving it past them.
+BatchCoefficients carve_coefficients(double*& cursor, int batch) {
+  auto take = [&cursor, batch] {
+    double* start = cursor;
+    cursor += batch;
+    return start;
+  };
+  BatchCoefficients c{};
+  c.b00 = take();
+  c.b10 = take();
+  c.b01 = take();
+  for (double*& p : c.c00) p = take();
+  for (double*& p : c.d00) p = take();
+  c.weight = take();
+  return c;
+}
+
 // The Rys recurrences for one axis over a batch: table[(e*(lcd+1) + f)*n + v]
 // holds the 2D integral I(e, f) of batch entry v, started from I(0, 0) = base[v].
 void build_2d(const Plan& p, int n, const double* base, const double* c00, const double* d00,
@@ -400,12 +418,7 @@ void rys_eri(const ShellData& a_in, const ShellData& b_in, const ShellData& c_in
   };
   double* bra = take(static_cast<std::size_t>(kPairDoubles) * p.nbra);
   double* ket = take(static_cast<std::size_t>(kPairDoubles) * p.nket);
-  double* b00 = take(p.batch);
-  double* b10 = take(p.batch);
-  double* b01 = take(p.batch);
-  double* c00[3] = {take(p.batch), take(p.batch), take(p.batch)};
-  double* d00[3] = {take(p.batch), take(p.batch), take(p.batch)};
-  double* weight = take(p.batch);
+  const BatchCoefficients coef = carve_coefficients(cursor, p.batch);
   double* table[3] = {take(p.table), take(p.table), take(p.table)};
   double* xy = take(p.batch);
   double* buffer0 = take(p.hrr);
@@ -417,19 +430,17 @@ void rys_eri(const ShellData& a_in, const ShellData& b_in, const ShellData& c_in
   double* g = buffer0;
   std::fill(g, g + static_cast<std::size_t>(p.ne) * p.nf, 0.0);
 
-  const BatchCoefficients coefficients{
-      b00, b10, b01, {c00[0], c00[1], c00[2]}, {d00[0], d00[1], d00[2]}, weight};
   for (int ib = 0; ib < nbra; ++ib) {
     const double* pb = bra + kPairDoubles * ib;
     for (int k0 = 0; k0 < nket; k0 += p.batch_kets) {
       const int kets = std::min(p.batch_kets, nket - k0);
       const int n = kets * p.nroots;
-      batch_coefficients(pb, ket, k0, kets, p.nroots, coefficients);
+      batch_coefficients(pb, ket, k0, kets, p.nroots, coef);
       // x and y start from 1, z from the weight times the prefactor.
       for (int v = 0; v < n; ++v) xy[v] = 1.0;
-      build_2d(p, n, xy, c00[0], d00[0], b10, b01, b00, table[0]);
-      build_2d(p, n, xy, c00[1], d00[1], b10, b01, b00, table[1]);
-      build_2d(p, n, weight, c00[2], d00[2], b10, b01, b00, table[2]);
+      build_2d(p, n, xy, coef.c00[0], coef.d00[0], coef.b10, coef.b01, coef.b00, table[0]);
+      build_2d(p, n, xy, coef.c00[1], coef.d00[1], coef.b10, coef.b01, coef.b00, table[1]);
+      build_2d(p, n, coef.weight, coef.c00[2], coef.d00[2], coef.b10, coef.b01, coef.b00, table[2]);
       accumulate(p, n, table[0], table[1], table[2], xy, g);
     }
   }
@@ -593,12 +604,7 @@ void RysGradientEngine::add(const ShellData& a_in, const ShellData& b_in, const 
   };
   double* bra = take(static_cast<std::size_t>(kPairDoubles) * q.nbra);
   double* ket = take(static_cast<std::size_t>(kPairDoubles) * q.nket);
-  double* b00 = take(q.batch);
-  double* b10 = take(q.batch);
-  double* b01 = take(q.batch);
-  double* c00[3] = {take(q.batch), take(q.batch), take(q.batch)};
-  double* d00[3] = {take(q.batch), take(q.batch), take(q.batch)};
-  double* weight = take(q.batch);
+  const BatchCoefficients coef = carve_coefficients(cursor, q.batch);
   double* weight_c = take(q.batch);
   double* table[4] = {take(q.table), take(q.table), take(q.table), take(q.table)};
   double* xy = take(q.batch);
@@ -629,28 +635,26 @@ void RysGradientEngine::add(const ShellData& a_in, const ShellData& b_in, const 
   const int nbra = make_pairs(a, b, cutoff, bra);
   const int nket = make_pairs(c, d, cutoff, ket);
 
-  const BatchCoefficients coefficients{
-      b00, b10, b01, {c00[0], c00[1], c00[2]}, {d00[0], d00[1], d00[2]}, weight};
   for (int ib = 0; ib < nbra; ++ib) {
     const double* pb = bra + kPairDoubles * ib;
     std::fill(g_pair, g_pair + block, 0.0);
     for (int k0 = 0; k0 < nket; k0 += q.batch_kets) {
       const int kets = std::min(q.batch_kets, nket - k0);
       const int n = kets * q.nroots;
-      batch_coefficients(pb, ket, k0, kets, q.nroots, coefficients);
+      batch_coefficients(pb, ket, k0, kets, q.nroots, coef);
       // the raised c carries 2γ of its ket's primitive
       for (int kk = 0; kk < kets; ++kk) {
         const double two_gamma = 2.0 * ket_exp[static_cast<std::size_t>(k0 + kk)][0];
         for (int r = 0; r < q.nroots; ++r) {
           const int v = kk * q.nroots + r;
-          weight_c[v] = two_gamma * weight[v];
+          weight_c[v] = two_gamma * coef.weight[v];
         }
       }
       for (int v = 0; v < n; ++v) xy[v] = 1.0;
-      build_2d(q, n, xy, c00[0], d00[0], b10, b01, b00, table[0]);
-      build_2d(q, n, xy, c00[1], d00[1], b10, b01, b00, table[1]);
-      build_2d(q, n, weight, c00[2], d00[2], b10, b01, b00, table[2]);
-      build_2d(q, n, weight_c, c00[2], d00[2], b10, b01, b00, table[3]);
+      build_2d(q, n, xy, coef.c00[0], coef.d00[0], coef.b10, coef.b01, coef.b00, table[0]);
+      build_2d(q, n, xy, coef.c00[1], coef.d00[1], coef.b10, coef.b01, coef.b00, table[1]);
+      build_2d(q, n, coef.weight, coef.c00[2], coef.d00[2], coef.b10, coef.b01, coef.b00, table[2]);
+      build_2d(q, n, weight_c, coef.c00[2], coef.d00[2], coef.b10, coef.b01, coef.b00, table[3]);
       // plain weights: the lowered blocks and the raised a and b; 2γ: the raised c
       accumulate(q, n, table[0], table[1], table[2], xy, g_pair, q.la, lab + 1, q.lc, lcd);
       accumulate(q, n, table[0], table[1], table[3], xy, gc, la, lab, lc + 1, lcd + 1);
