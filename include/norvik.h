@@ -30,6 +30,7 @@
 #include "norvik/setup.h"
 #include "norvik/templates.h"
 #include "norvik/thermo.h"
+#include "norvik/vibrations.h"
 #include "norvik/xc.h"
 
 #endif

@@ -10,9 +10,11 @@
 
 namespace norvik::io {
 
-void append_lines(std::string_view path, std::span<const std::string> lines) {
+namespace {
+
+void put_lines(std::string_view path, std::span<const std::string> lines, std::ios::openmode mode) {
   const std::string name(trim_right(path));
-  std::ofstream out(name, std::ios::out | std::ios::app | std::ios::binary);
+  std::ofstream out(name, mode | std::ios::binary);
   if (!out)
     throw Error(fortran::list_directed({std::string_view(name), " cannot be opened for writing."}));
   for (const auto& line : lines) {
@@ -20,6 +22,16 @@ void append_lines(std::string_view path, std::span<const std::string> lines) {
   }
   out.close();
   if (!out) throw Error(fortran::list_directed({std::string_view(name), " cannot be written."}));
+}
+
+}  // namespace
+
+void append_lines(std::string_view path, std::span<const std::string> lines) {
+  put_lines(path, lines, std::ios::out | std::ios::app);
+}
+
+void write_lines(std::string_view path, std::span<const std::string> lines) {
+  put_lines(path, lines, std::ios::out | std::ios::trunc);
 }
 
 std::string_view trim_right(std::string_view text) {

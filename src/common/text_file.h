@@ -17,6 +17,9 @@ inline void append_lines(std::string_view path, std::initializer_list<std::strin
   append_lines(path, std::span<const std::string>(lines.begin(), lines.size()));
 }
 
+// Writes the given lines to the file anew (an existing file is replaced).
+void write_lines(std::string_view path, std::span<const std::string> lines);
+
 // A blank-padded name or keyword with its trailing blanks removed.
 std::string_view trim_right(std::string_view text);
 

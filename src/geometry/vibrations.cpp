@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <optional>
 #include <stdexcept>
 
+#include "common/constants.h"
 #include "common/error.h"
 #include "common/fortran_format.h"
 #include "linalg/eigen.h"
@@ -19,6 +21,16 @@ using linalg::Matrix;
 
 // cm⁻¹ per Å⁻¹ of √λ / 2π.
 constexpr double kWavenumberScale = 1.0e8 / (2.0 * std::numbers::pi);
+
+// The infrared intensity N_A π/(3c²)·|∂μ/∂Q|²/4πε₀ of one (e/√amu)² of dipole
+// derivative: with e²/4πε₀ = αħc it is N_A π αħc / (3 m_u c²), an area per
+// mole; in km/mol (1 Å = 1e-13 km) about 974.9.
+constexpr double kInfraredKmPerMol =
+    constants::kAvogadro * std::numbers::pi * constants::kHbarCEvAngstrom /
+    constants::kInverseFineStructure / (3.0 * constants::kAtomicMassUnitEv) * 1e-13;
+
+// Makes a square matrix symmetric by averaging it with its transpose.
+void symmetrize(std::span<double> hessian, std::size_t n3);
 
 // Orthonormal vectors of the rigid translations and rotations in the
 // mass-weighted coordinates, as the columns of the result; a rotation about an
@@ -77,35 +89,75 @@ Matrix rigid_motions(std::span<const double> masses, std::span<const double> x) 
 
 }  // namespace
 
-std::vector<double> hessian_by_differences(const GradientFunction& gradient,
-                                           std::span<const double> x, double h, bool four_point) {
+DerivativeColumn difference_column(const PointFunction& point, std::span<const double> x,
+                                   std::size_t k, const DifferenceRule& rule) {
   const std::size_t n3 = x.size();
-  std::vector<double> hess(n3 * n3, 0.0);
   std::vector<double> moved(x.begin(), x.end());
-  auto at = [&](std::size_t i, double step) {
-    moved[i] = x[i] + step;
-    std::vector<double> g = gradient(moved);
-    moved[i] = x[i];
-    if (g.size() != n3) throw std::invalid_argument("hessian_by_differences: gradient size");
-    return g;
+  auto at = [&](double step) {
+    moved[k] = x[k] + step;
+    DisplacedPoint p = point(moved);
+    moved[k] = x[k];
+    if (p.gradient.size() != n3) throw std::invalid_argument("difference_column: gradient size");
+    return p;
   };
-  for (std::size_t i = 0; i < n3; ++i) {
-    const std::vector<double> gp = at(i, h), gm = at(i, -h);
-    if (four_point) {
-      const std::vector<double> gp2 = at(i, 2 * h), gm2 = at(i, -2 * h);
-      for (std::size_t j = 0; j < n3; ++j)
-        hess[j + n3 * i] = (8.0 * (gp[j] - gm[j]) - (gp2[j] - gm2[j])) / (12.0 * h);
-    } else {
-      for (std::size_t j = 0; j < n3; ++j) hess[j + n3 * i] = (gp[j] - gm[j]) / (2.0 * h);
-    }
+  const double h = rule.step;
+  // Central differences: (f(+h) − f(−h)) / 2h, or with the four points
+  // (8[f(+h) − f(−h)] − [f(+2h) − f(−2h)]) / 12h.
+  const DisplacedPoint plus = at(h), minus = at(-h);
+  std::optional<DisplacedPoint> plus2, minus2;
+  if (rule.four_point) {
+    plus2 = at(2 * h);
+    minus2 = at(-2 * h);
   }
+  auto difference = [&](auto member, std::size_t i) {
+    const double near = member(plus, i) - member(minus, i);
+    if (!rule.four_point) return near / (2.0 * h);
+    return (8.0 * near - (member(*plus2, i) - member(*minus2, i))) / (12.0 * h);
+  };
+  DerivativeColumn column;
+  column.hessian.resize(n3);
+  for (std::size_t i = 0; i < n3; ++i)
+    column.hessian[i] =
+        difference([](const DisplacedPoint& p, std::size_t j) { return p.gradient[j]; }, i);
+  for (std::size_t i = 0; i < 3; ++i)
+    column.dipole[i] =
+        difference([](const DisplacedPoint& p, std::size_t j) { return p.dipole[j]; }, i);
+  for (std::size_t i = 0; i < 9; ++i)
+    column.polarizability[i] =
+        difference([](const DisplacedPoint& p, std::size_t j) { return p.polarizability[j]; }, i);
+  return column;
+}
+
+SecondDerivatives second_derivatives(const PointFunction& point, std::span<const double> x,
+                                     const DifferenceRule& rule,
+                                     const std::function<void(std::size_t)>& column_done) {
+  const std::size_t n3 = x.size();
+  SecondDerivatives out;
+  out.hessian.assign(n3 * n3, 0.0);
+  out.dipole.assign(3 * n3, 0.0);
+  out.polarizability.assign(9 * n3, 0.0);
+  for (std::size_t k = 0; k < n3; ++k) {
+    const DerivativeColumn c = difference_column(point, x, k, rule);
+    std::copy(c.hessian.begin(), c.hessian.end(), out.hessian.begin() + n3 * k);
+    std::copy(c.dipole.begin(), c.dipole.end(), out.dipole.begin() + 3 * k);
+    std::copy(c.polarizability.begin(), c.polarizability.end(), out.polarizability.begin() + 9 * k);
+    if (column_done) column_done(k);
+  }
+  symmetrize(out.hessian, n3);
+  return out;
+}
+
+namespace {
+
+void symmetrize(std::span<double> hessian, std::size_t n3) {
   for (std::size_t i = 0; i < n3; ++i)
     for (std::size_t j = 0; j < i; ++j) {
-      const double s = 0.5 * (hess[i + n3 * j] + hess[j + n3 * i]);
-      hess[i + n3 * j] = hess[j + n3 * i] = s;
+      const double s = 0.5 * (hessian[i + n3 * j] + hessian[j + n3 * i]);
+      hessian[i + n3 * j] = hessian[j + n3 * i] = s;
     }
-  return hess;
 }
+
+}  // namespace
 
 NormalModes normal_modes(std::span<const double> hessian, std::span<const double> masses,
                          std::span<const double> x) {
@@ -165,6 +217,81 @@ NormalModes normal_modes(std::span<const double> hessian, std::span<const double
     norm = std::sqrt(norm);
     if (norm > 0.0)
       for (std::size_t i = 0; i < n3; ++i) out.modes[i + n3 * k] /= norm;
+  }
+  return out;
+}
+
+Intensities intensities(std::span<const double> modes, std::span<const double> masses,
+                        std::span<const double> dipole_derivatives,
+                        std::span<const double> polarizability_derivatives) {
+  const std::size_t n3 = 3 * masses.size();
+  if (modes.size() != n3 * n3 || dipole_derivatives.size() != 3 * n3 ||
+      (!polarizability_derivatives.empty() && polarizability_derivatives.size() != 9 * n3)) {
+    throw std::invalid_argument("intensities: array sizes");
+  }
+  // The normal coordinate of a Cartesian displacement d is Q = |√m d| (m in
+  // amu, d in Å), so ∂/∂Q = Σ_i d_i ∂/∂x_i / |√m d|.
+  std::vector<double> norm(n3, 0.0);
+  for (std::size_t k = 0; k < n3; ++k) {
+    double s = 0.0;
+    for (std::size_t i = 0; i < n3; ++i)
+      s += masses[i / 3] / constants::kAtomicMassUnitEv * std::pow(modes[i + n3 * k], 2);
+    norm[k] = s > 0.0 ? 1.0 / std::sqrt(s) : 0.0;
+  }
+  auto along = [&](std::span<const double> d, std::size_t stride, std::size_t c, std::size_t k) {
+    double s = 0.0;
+    for (std::size_t i = 0; i < n3; ++i) s += d[c + stride * i] * modes[i + n3 * k];
+    return s * norm[k];
+  };
+  Intensities out;
+  out.infrared.resize(n3);
+  for (std::size_t k = 0; k < n3; ++k) {
+    double d2 = 0.0;
+    for (std::size_t c = 0; c < 3; ++c) d2 += std::pow(along(dipole_derivatives, 3, c, k), 2);
+    out.infrared[k] = kInfraredKmPerMol * d2;
+  }
+  if (polarizability_derivatives.empty()) return out;
+  out.raman.resize(n3);
+  out.depolarization.resize(n3);
+  for (std::size_t k = 0; k < n3; ++k) {
+    double a[9];
+    for (std::size_t c = 0; c < 9; ++c) a[c] = along(polarizability_derivatives, 9, c, k);
+    const double mean = (a[0] + a[4] + a[8]) / 3.0;
+    const double off = (a[1] + a[3]) / 2.0, off2 = (a[2] + a[6]) / 2.0, off3 = (a[5] + a[7]) / 2.0;
+    const double gamma2 =
+        0.5 * (std::pow(a[0] - a[4], 2) + std::pow(a[4] - a[8], 2) + std::pow(a[8] - a[0], 2) +
+               6.0 * (off * off + off2 * off2 + off3 * off3));
+    out.raman[k] = 45.0 * mean * mean + 7.0 * gamma2;
+    const double denominator = 45.0 * mean * mean + 4.0 * gamma2;
+    out.depolarization[k] = denominator > 0.0 ? 3.0 * gamma2 / denominator : 0.0;
+  }
+  return out;
+}
+
+std::vector<double> spectrum_grid(double low, double high, int npoints) {
+  std::vector<double> grid(static_cast<std::size_t>(std::max(npoints, 0)));
+  for (std::size_t p = 0; p < grid.size(); ++p)
+    grid[p] = grid.size() == 1 ? low
+                               : low + (high - low) * static_cast<double>(p) /
+                                           static_cast<double>(grid.size() - 1);
+  return grid;
+}
+
+std::vector<double> broadened_spectrum(std::span<const double> wavenumbers,
+                                       std::span<const double> intensities, double fwhm, double low,
+                                       double high, int npoints) {
+  if (intensities.size() != wavenumbers.size() || !(fwhm > 0.0)) {
+    throw std::invalid_argument("broadened_spectrum: arguments");
+  }
+  const double half = 0.5 * fwhm;
+  std::vector<double> out = spectrum_grid(low, high, npoints);
+  for (double& v : out) {
+    const double w = v;
+    double s = 0.0;
+    for (std::size_t k = 0; k < wavenumbers.size(); ++k)
+      s += intensities[k] * half /
+           (std::numbers::pi * ((w - wavenumbers[k]) * (w - wavenumbers[k]) + half * half));
+    v = s;
   }
   return out;
 }

@@ -1,5 +1,6 @@
-// Harmonic vibrations of a molecule: the Hessian as central differences of the
-// analytic gradient, and the normal modes of the mass-weighted Hessian with the
+// Harmonic vibrations of a molecule: the Hessian, dipole and polarisability
+// derivatives as central differences of the analytic gradient, dipole and
+// polarisability of displaced points, and the normal modes of the mass-weighted Hessian with the
 // rigid translations and rotations projected out.
 //
 // Units as the thermochemistry takes them: positions in Å, the Hessian in
@@ -8,21 +9,54 @@
 // wavenumber is √λ / 2π, 1e8·√λ / 2π in cm⁻¹.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <span>
 #include <vector>
 
 namespace norvik::geometry {
 
-// The gradient (3N, eV/Å) at positions x ((3, N) Å).
-using GradientFunction = std::function<std::vector<double>(std::span<const double> x)>;
+// What one displaced point gives the differences: the gradient (3N, eV/Å), the
+// total dipole (e·Å) and, when asked for, the polarisability (3 × 3, Å³).
+struct DisplacedPoint {
+  std::vector<double> gradient;
+  std::array<double, 3> dipole{};
+  std::array<double, 9> polarizability{};
+};
 
-// The Hessian (3N × 3N, column-major, eV/Å²) from central differences of the
-// gradient with step h [Å] along every coordinate, symmetrised: 6N gradients
-// (four-point differences when `four_point`, 12N gradients, error O(h⁴)).
-std::vector<double> hessian_by_differences(const GradientFunction& gradient,
-                                           std::span<const double> x, double h,
-                                           bool four_point = false);
+// The point at positions x ((3, N) Å).
+using PointFunction = std::function<DisplacedPoint(std::span<const double> x)>;
+
+// How the differences are taken: step h [Å] along every Cartesian coordinate,
+// two-point (error O(h²)) or four-point (O(h⁴)) central differences.
+struct DifferenceRule {
+  double step = 5e-3;
+  bool four_point = false;
+  int points() const { return four_point ? 4 : 2; }
+};
+
+// The second derivatives of the energy along coordinate k, from the points
+// displaced along it: the Hessian column ∂g/∂x_k (3N, eV/Å²), ∂μ/∂x_k (3, e)
+// and ∂α/∂x_k (9, Å²).
+struct DerivativeColumn {
+  std::vector<double> hessian;
+  std::array<double, 3> dipole{};
+  std::array<double, 9> polarizability{};
+};
+
+DerivativeColumn difference_column(const PointFunction& point, std::span<const double> x,
+                                   std::size_t k, const DifferenceRule& rule);
+
+// Every column: the Hessian (3N × 3N, column-major, eV/Å², symmetrised), the
+// dipole derivatives (3 × 3N, column k = ∂μ/∂x_k, e) and the polarisability
+// derivatives (9 × 3N, Å²).  `column_done(k)` hears every finished column.
+struct SecondDerivatives {
+  std::vector<double> hessian, dipole, polarizability;
+};
+
+SecondDerivatives second_derivatives(const PointFunction& point, std::span<const double> x,
+                                     const DifferenceRule& rule,
+                                     const std::function<void(std::size_t)>& column_done = {});
 
 struct NormalModes {
   // 3N eigenvalues λ of the projected mass-weighted Hessian [Å⁻²], ascending;
@@ -40,5 +74,28 @@ struct NormalModes {
 // Throws std::invalid_argument on sizes that do not match.
 NormalModes normal_modes(std::span<const double> hessian, std::span<const double> masses,
                          std::span<const double> x);
+
+// The intensities of the modes: infrared [km/mol] from the dipole derivatives
+// (3 × 3N, e) and, when polarisability derivatives (9 × 3N, Å²) are given,
+// Raman activities 45α′² + 7γ′² [Å⁴/amu] and depolarisation ratios of plane-
+// polarised light 3γ′²/(45α′² + 4γ′²), per column of `modes` (Cartesian displacements, 3N × 3N, as
+// normal_modes gives them; rest energies `masses` [eV]).
+struct Intensities {
+  std::vector<double> infrared, raman, depolarization;
+};
+
+Intensities intensities(std::span<const double> modes, std::span<const double> masses,
+                        std::span<const double> dipole_derivatives,
+                        std::span<const double> polarizability_derivatives = {});
+
+// A line spectrum broadened by Lorentzians of full width `fwhm` at half maximum
+// [cm⁻¹], each of area its line's intensity, at `npoints` wavenumbers evenly
+// from `low` to `high` [cm⁻¹] (one point: `low`).
+std::vector<double> broadened_spectrum(std::span<const double> wavenumbers,
+                                       std::span<const double> intensities, double fwhm, double low,
+                                       double high, int npoints);
+
+// The grid of broadened_spectrum.
+std::vector<double> spectrum_grid(double low, double high, int npoints);
 
 }  // namespace norvik::geometry

@@ -189,7 +189,9 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
   start.counts = settings.counts;
   const Occupation first =
       settings.start == StartPolicy::free_atom ? Occupation::atomic : settings.occupation;
-  initialise(system, start, arrays, AufbauRule(first));
+  const bool kohn_sham = settings.kohn_sham.has_value();
+  const bool hartree_fock = !kohn_sham || settings.hartree_fock_first;
+  if (hartree_fock) initialise(system, start, arrays, AufbauRule(first));
 
   SinglePointResult result;
   result.nuclear = nuclear_repulsion(molecule.charges, molecule.positions);
@@ -206,9 +208,11 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
     return cycle;
   };
   const AufbauRule rule(settings.occupation, settings.occupation);
-  const bool kohn_sham = settings.kohn_sham.has_value();
-  ScfResult r =
-      run_scf(system, cycle_settings(scf), arrays, rule, kohn_sham ? CycleObserver() : hooks.cycle);
+  ScfResult r;
+  if (hartree_fock) {
+    r = run_scf(system, cycle_settings(scf), arrays, rule,
+                kohn_sham ? CycleObserver() : hooks.cycle);
+  }
   if (kohn_sham) {
     const KohnShamStage& ks = *settings.kohn_sham;
     result.hf_cycles = r.cycles;
@@ -228,7 +232,7 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
     StartSettings from_hf;
     from_hf.policy = StartPolicy::current;
     from_hf.counts = settings.counts;
-    initialise(system, builder, rule, from_hf, arrays);
+    initialise(system, builder, rule, hartree_fock ? from_hf : start, arrays);
     r = run_cycles(system, builder, rule, cycle_settings(ks.scf), arrays, hooks.cycle);
     result.xc_energy = builder.xc_energy();
     result.grid_points = grid.size();

@@ -107,6 +107,9 @@ struct PointSettings {
   Occupation occupation = Occupation::aufbau;
   bool with_dipole = true;
   std::optional<KohnShamStage> kohn_sham;  // none: Hartree–Fock
+  // A Kohn–Sham point converges Hartree–Fock first; a point started from a
+  // Kohn–Sham density of a nearby geometry may go straight to its Kohn–Sham SCF.
+  bool hartree_fock_first = true;
 };
 
 // What a caller hears while a point is computed.

@@ -10,8 +10,7 @@
 #include <vector>
 
 #include "common/constants.h"
-#include "geometry/vibrations.h"
-#include "scf/gradient.h"
+#include "geometry/scf_hessian.h"
 #include "scf/single_point.h"
 #include "setup/elements.h"
 
@@ -71,13 +70,12 @@ TEST(HarmonicWavenumbers, DifferencesOfTheAnalyticGradientAgainstPsi4) {
     const int n = scf::basis_size(job.basis, r.elements);
     std::vector<double> rho(2 * static_cast<std::size_t>(n * n));
     std::vector<double> orbitals(2 * static_cast<std::size_t>(n * (n + 1)));
-    const GradientFunction gradient = [&](std::span<const double> x) {
-      const scf::MoleculeView molecule{r.elements, r.elements, x};
-      scf::single_point(job, control, molecule, settings, rho, orbitals);
-      return scf::point_gradient(job, molecule, settings.counts, rho, orbitals);
-    };
+    const scf::MoleculeView molecule{r.elements, r.elements, r.positions};
+    scf::single_point(job, control, molecule, settings, rho, orbitals);
+    ScfHessianSettings rule;
+    rule.rule = {2.5e-3, /*four_point=*/false};
     const std::vector<double> hessian =
-        hessian_by_differences(gradient, r.positions, 5e-3, /*four_point=*/true);
+        scf_second_derivatives(job, control, molecule, settings, rho, rule).hessian;
     std::vector<double> masses;
     for (int z : r.elements) masses.push_back(setup::atomic_mass(z) * constants::kAtomicMassUnitEv);
     const NormalModes modes = normal_modes(hessian, masses, r.positions);

@@ -1,0 +1,70 @@
+#include "geometry/scf_hessian.h"
+
+#include <cmath>
+#include <memory>
+#include <string>
+
+#include "scf/gradient.h"
+
+namespace norvik::geometry {
+
+PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& control,
+                         const scf::MoleculeView& molecule, const scf::PointSettings& settings,
+                         std::span<const double> rho, const ScfHessianSettings& hessian) {
+  // The function outlives this call: it keeps its own copies.
+  struct State {
+    scf::JobControl job;
+    std::string basis;
+    scf::ScfControl control;
+    std::vector<int> charges, elements;
+    scf::PointSettings settings;
+    std::vector<double> start, rho, orbitals;
+    bool polarizability = false;
+    std::function<void(int, int)> progress;
+    int done = 0, total = 0;
+  };
+  auto s = std::make_shared<State>();
+  s->basis = std::string(job.basis);
+  s->job = job;
+  s->job.basis = s->basis;
+  s->control = control;
+  s->charges.assign(molecule.charges.begin(), molecule.charges.end());
+  s->elements.assign(molecule.elements.begin(), molecule.elements.end());
+  s->settings = settings;
+  s->settings.start = scf::StartPolicy::supplied;
+  s->settings.atomic = {};
+  s->settings.hartree_fock_first = false;
+  s->settings.with_dipole = true;
+  s->start.assign(rho.begin(), rho.end());
+  s->rho.resize(rho.size());
+  const std::size_t nn = rho.size() / 2;
+  const std::size_t n = static_cast<std::size_t>(std::llround(std::sqrt(static_cast<double>(nn))));
+  s->orbitals.resize(2 * (nn + n));
+  s->polarizability = hessian.polarizability;
+  s->progress = hessian.progress;
+  s->total = static_cast<int>(hessian.rule.points() * molecule.positions.size());
+  return [s](std::span<const double> x) {
+    const scf::MoleculeView moved{s->charges, s->elements, x};
+    std::copy(s->start.begin(), s->start.end(), s->rho.begin());
+    const scf::SinglePointResult r =
+        scf::single_point(s->job, s->control, moved, s->settings, s->rho, s->orbitals);
+    DisplacedPoint p;
+    p.gradient = scf::point_gradient(s->job, moved, s->settings.counts, s->rho, s->orbitals,
+                                     s->settings.kohn_sham);
+    for (std::size_t k = 0; k < 3; ++k) p.dipole[k] = r.dipole[k];
+    ++s->done;
+    if (s->progress) s->progress(s->done, s->total);
+    return p;
+  };
+}
+
+SecondDerivatives scf_second_derivatives(const scf::JobControl& job, const scf::ScfControl& control,
+                                         const scf::MoleculeView& molecule,
+                                         const scf::PointSettings& settings,
+                                         std::span<const double> rho,
+                                         const ScfHessianSettings& hessian) {
+  return second_derivatives(scf_points(job, control, molecule, settings, rho, hessian),
+                            molecule.positions, hessian.rule);
+}
+
+}  // namespace norvik::geometry
