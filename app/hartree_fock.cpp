@@ -31,12 +31,6 @@ int basis_size(const Job& job) {
 // on the ground state more reliably than the bare one-electron start.
 constexpr norvik_int kStartFromFreeAtoms = 1;
 
-// Base radius of the grid templates: one bohr, so that an element's radial
-// scale is its Slater radius n*²/Z_eff in bohr.  Against Psi4 on a converged
-// grid it leaves 3e-6 to 9e-6 hartree in B3LYP energies of H2O, N2 and HF
-// (docs/grid.md).
-constexpr double kGridRadius = NORVIK_BOHR_ANGSTROM;
-
 // The conjugate-gradient probe step b [Å²/eV] from the longest trial step of
 // parameter record 18: 0.1 Å gives 0.002 Å²/eV.  A probe moves an atom by b·|g|;
 // the stiff bonds of N2 and CO (about 500 eV/Å² along the gradient) need b well
@@ -199,6 +193,11 @@ PointResult run_hartree_fock(Job& job) {
   WRITE_EDM(result.dipole, report);
   // A Kohn–Sham SCF that did not settle gets the caution box.
   if (job.kohn_sham && !result.converged) WRITE_CAUTION(report);
+  // The vibrational analysis and thermochemistry of the converged point.
+  if (job.vibrations == 1 && result.converged) {
+    result.vibrations =
+        run_vibrations(job, n, rho, orbitals, result.energy, result.optimisation.has_value());
+  }
   return result;
 }
 

@@ -32,6 +32,9 @@ struct Job {
   std::string report_file;                         // padded
   std::string log_file;                            // padded
   std::string xyz_file = padded("", kPathLength);  // optimisation trajectory; blank = none
+  // The files of a vibrational analysis (record 10), written under these names:
+  // the modes as .xyz frames and in molden form, the infrared and Raman spectra.
+  std::string modes_xyz_file, modes_molden_file, infrared_file, raman_file;
 
   bool kohn_sham = false;
   int grid_level = 0;  // Kohn-Sham grid (--grid): 0 standard, 1 dense

@@ -43,7 +43,7 @@ constexpr std::size_t kMaxProblemsShown = 20;
 
 void usage(std::ostream& out) {
   out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
-         "                  [--xyz FILE] [--grid standard|dense]\n"
+         "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -51,6 +51,9 @@ void usage(std::ostream& out) {
          "  --log FILE      run log, one line per SCF cycle (default: with .log)\n"
          "  --xyz FILE      optimisation path, one .xyz frame per cycle (default: with .xyz;\n"
          "                  written only when the molecule file asks for an optimisation)\n"
+         "  --vib PREFIX    vibrational analysis (record 10): PREFIX.modes.xyz and\n"
+         "                  PREFIX.modes.molden (normal modes), PREFIX.ir.dat (spectrum);\n"
+         "                  default: the molecule file's name without its extension\n"
          "  --grid LEVEL    Kohn-Sham integration grid: standard (default, fast) or dense\n"
          "                  (converged energies, about ten times the points)\n"
          "\n"
@@ -89,6 +92,7 @@ std::string with_extension(const std::string& molecule_file, const char* extensi
 
 struct Request {
   std::string molecule_file, parameter_file, report, log, xyz;
+  std::string vib;  // prefix of the vibrational analysis's files
   bool has_parameter_file = false;
   int grid_level = 0;  // Kohn-Sham grid: 0 standard, 1 dense
 };
@@ -131,7 +135,13 @@ int run_job(const Request& request, const host::InputFacts& facts,
   job.parameter_file = host::padded(request.parameter_file, host::kPathLength);
   job.report_file = host::padded(outputs[0].partial, host::kPathLength);
   job.log_file = host::padded(outputs[1].partial, host::kPathLength);
-  if (outputs.size() > 2) job.xyz_file = host::padded(outputs[2].partial, host::kPathLength);
+  for (const host::OutputFile& out : outputs) {
+    if (out.what == "trajectory") job.xyz_file = host::padded(out.partial, host::kPathLength);
+    if (out.what == "normal modes") job.modes_xyz_file = out.partial;
+    if (out.what == "normal modes (molden)") job.modes_molden_file = out.partial;
+    if (out.what == "infrared spectrum") job.infrared_file = out.partial;
+    if (out.what == "Raman spectrum") job.raman_file = out.partial;
+  }
   job.grid_level = request.grid_level;
 
   host::setup(job);
@@ -157,6 +167,13 @@ int run_job(const Request& request, const host::InputFacts& facts,
         "largest gradient component %.2e eV/A\n",
         o.driver.c_str(), o.converged ? "converged" : "NOT converged", o.cycles, o.points,
         o.gradients, o.largest_gradient);
+  }
+  if (point.vibrations) {
+    const host::VibrationResult& v = *point.vibrations;
+    std::printf(
+        "norvik: %d vibrational modes (%d imaginary), zero-point energy %.6f eV, "
+        "G(298.15 K) = %.9f hartree\n",
+        v.modes, v.imaginary, v.zero_point, v.gibbs / host::kHartreeEv);
   }
   int status = verdict(job, point);
   if (status == kSuccess && point.optimisation && !point.optimisation->converged) {
@@ -195,6 +212,9 @@ Request parse(const std::vector<std::string>& args) {
       if (i + 1 == args.size()) fail(a + " needs a file name");
       have_xyz = true;
       request.xyz = args[++i];
+    } else if (a == "--vib") {
+      if (i + 1 == args.size()) fail(a + " needs a name prefix");
+      request.vib = args[++i];
     } else if (a == "--grid") {
       if (i + 1 == args.size()) fail("--grid needs a value: standard or dense");
       const std::string& level = args[++i];
@@ -221,6 +241,7 @@ Request parse(const std::vector<std::string>& args) {
   if (!have_report) request.report = with_extension(request.molecule_file, ".report");
   if (!have_log) request.log = with_extension(request.molecule_file, ".log");
   if (!have_xyz) request.xyz = with_extension(request.molecule_file, ".xyz");
+  if (request.vib.empty()) request.vib = with_extension(request.molecule_file, "");
   return request;
 }
 
@@ -239,6 +260,8 @@ int run(const std::vector<std::string>& args) {
   check_name(request.report, path_length - host::kPartialSuffixLength, "report");
   check_name(request.log, path_length - host::kPartialSuffixLength, "run log");
   check_name(request.xyz, path_length - host::kPartialSuffixLength, "trajectory");
+  check_name(request.vib + ".modes.molden", path_length - host::kPartialSuffixLength,
+             "normal-mode file");
   if (!problems.empty()) fail(problems);
 
   // The input files: regular, bounded, readable, and what they hold.
@@ -261,6 +284,13 @@ int run(const std::vector<std::string>& args) {
   if (facts.optimisation_cycles > 0) {
     outputs.push_back(host::output_file("trajectory", "--xyz", request.xyz));
   }
+  // A vibrational analysis writes its modes and spectra beside them.
+  if (facts.vibrations) {
+    outputs.push_back(host::output_file("normal modes", "--vib", request.vib + ".modes.xyz"));
+    outputs.push_back(
+        host::output_file("normal modes (molden)", "--vib", request.vib + ".modes.molden"));
+    outputs.push_back(host::output_file("infrared spectrum", "--vib", request.vib + ".ir.dat"));
+  }
   problems = host::output_problems(outputs, inputs);
   if (!problems.empty()) fail(problems);
   if (const std::string problem = host::start_partials(outputs); !problem.empty()) fail(problem);
@@ -275,8 +305,8 @@ int run(const std::vector<std::string>& args) {
     }
     std::cout << "norvik: report written to " << outputs[0].path << "\n"
               << "norvik: run log written to " << outputs[1].path << "\n";
-    if (outputs.size() > 2)
-      std::cout << "norvik: trajectory written to " << outputs[2].path << "\n";
+    for (std::size_t k = 2; k < outputs.size(); ++k)
+      std::cout << "norvik: " << outputs[k].what << " written to " << outputs[k].path << "\n";
     return end.status;
   }
 
