@@ -185,3 +185,39 @@ if(NORVIK_OPT_PYTHON)
     endforeach()
   endforeach()
 endif()
+
+# Vibrational analyses at reference geometries (check_vib.py): the host's
+# record 10 against Psi4's harmonic wavenumbers (hf_frequencies.tsv: 0.1 cm⁻¹)
+# and, where the tables hold them, infrared intensities (1 %) and Raman
+# activities (2 %); Kohn–Sham rows (ks_frequencies.tsv) on the dense grid to
+# 1 cm⁻¹.  Molecules beyond the fast set are labelled slow.
+if(NORVIK_OPT_PYTHON)
+  set(vib_fast h2o_6-31Gx_HF nh3_6-31Gx_HF ch4_6-31Gx_HF hf_6-31Gx_HF co_6-31Gx_HF
+               n2_6-31Gx_HF c2h2_6-31Gx_HF ch3_6-31Gx_HF h2o_6-31Gx_B3LYP hf_6-31Gx_B3LYP)
+  foreach(table hf_frequencies.tsv ks_frequencies.tsv)
+    if(NOT EXISTS ${ref_data}/${table})
+      continue()
+    endif()
+    file(STRINGS ${ref_data}/${table} vib_rows)
+    foreach(row IN LISTS vib_rows)
+      if(row MATCHES "^#" OR row MATCHES "^name\t")
+        continue()
+      endif()
+      string(REGEX MATCH "^[^\t]+" name "${row}")
+      set(extra "")
+      if(table STREQUAL "ks_frequencies.tsv")
+        set(extra --dense)
+      endif()
+      set(test job.vib.${name})
+      add_test(NAME ${test}
+               COMMAND ${NORVIK_OPT_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/check_vib.py
+                       $<TARGET_FILE:norvik_host> ${table} ${name}
+                       ${CMAKE_CURRENT_BINARY_DIR}/jobs/vib_${name} ${extra})
+      set_tests_properties(${test} PROPERTIES
+                           ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
+      if(NOT name IN_LIST vib_fast)
+        set_tests_properties(${test} PROPERTIES LABELS slow)
+      endif()
+    endforeach()
+  endforeach()
+endif()
