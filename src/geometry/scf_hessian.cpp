@@ -63,8 +63,17 @@ SecondDerivatives scf_second_derivatives(const scf::JobControl& job, const scf::
                                          const scf::PointSettings& settings,
                                          std::span<const double> rho,
                                          const ScfHessianSettings& hessian) {
+  std::vector<AtomRotation> rotations;
+  if (hessian.symmetry_tolerance > 0.0) {
+    // Atoms are alike when both their element and their nuclear charge are
+    // (a ghost atom is not its element).
+    std::vector<int> kinds(molecule.elements.size());
+    for (std::size_t a = 0; a < kinds.size(); ++a)
+      kinds[a] = 1000 * molecule.elements[a] + molecule.charges[a];
+    rotations = atom_rotations(kinds, molecule.positions, hessian.symmetry_tolerance);
+  }
   return second_derivatives(scf_points(job, control, molecule, settings, rho, hessian),
-                            molecule.positions, hessian.rule);
+                            molecule.positions, hessian.rule, rotations);
 }
 
 }  // namespace norvik::geometry

@@ -17,6 +17,9 @@ namespace norvik::geometry {
 struct ScfHessianSettings {
   DifferenceRule rule;
   bool polarizability = false;  // the polarisability derivatives too (Raman)
+  // Displace one atom of each set of atoms that the molecule's rotations
+  // exchange (within this tolerance [Å]; 0: every atom).
+  double symmetry_tolerance = 1e-5;
   // Hears every finished displaced point (k of n).
   std::function<void(int k, int n)> progress;
 };

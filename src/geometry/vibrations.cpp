@@ -130,18 +130,73 @@ DerivativeColumn difference_column(const PointFunction& point, std::span<const d
 
 SecondDerivatives second_derivatives(const PointFunction& point, std::span<const double> x,
                                      const DifferenceRule& rule,
+                                     std::span<const AtomRotation> rotations,
                                      const std::function<void(std::size_t)>& column_done) {
-  const std::size_t n3 = x.size();
+  const std::size_t n3 = x.size(), natom = n3 / 3;
   SecondDerivatives out;
   out.hessian.assign(n3 * n3, 0.0);
   out.dipole.assign(3 * n3, 0.0);
   out.polarizability.assign(9 * n3, 0.0);
-  for (std::size_t k = 0; k < n3; ++k) {
-    const DerivativeColumn c = difference_column(point, x, k, rule);
-    std::copy(c.hessian.begin(), c.hessian.end(), out.hessian.begin() + n3 * k);
-    std::copy(c.dipole.begin(), c.dipole.end(), out.dipole.begin() + 3 * k);
-    std::copy(c.polarizability.begin(), c.polarizability.end(), out.polarizability.begin() + 9 * k);
-    if (column_done) column_done(k);
+  // Which atom each atom is made from, and by which rotation: the first atom
+  // of every set of equivalent atoms is displaced itself.
+  std::vector<int> source(natom, -1);
+  std::vector<const AtomRotation*> by(natom, nullptr);
+  for (std::size_t a = 0; a < natom; ++a) {
+    if (source[a] >= 0) continue;
+    source[a] = static_cast<int>(a);
+    for (const AtomRotation& g : rotations) {
+      const auto c = static_cast<std::size_t>(g.image[a]);
+      if (source[c] < 0) {
+        source[c] = static_cast<int>(a);
+        by[c] = &g;
+      }
+    }
+  }
+  for (std::size_t a = 0; a < natom; ++a) {
+    if (source[a] != static_cast<int>(a)) continue;
+    ++out.displaced_atoms;
+    for (std::size_t k = 3 * a; k < 3 * a + 3; ++k) {
+      const DerivativeColumn c = difference_column(point, x, k, rule);
+      std::copy(c.hessian.begin(), c.hessian.end(), out.hessian.begin() + n3 * k);
+      std::copy(c.dipole.begin(), c.dipole.end(), out.dipole.begin() + 3 * k);
+      std::copy(c.polarizability.begin(), c.polarizability.end(),
+                out.polarizability.begin() + 9 * k);
+      if (column_done) column_done(k);
+    }
+  }
+  // The columns of atom c = g(a): H(g(b), c) = R H(b, a) Rᵀ, ∂μ/∂x_c = R (∂μ/∂x_a) Rᵀ and
+  // ∂α_ij/∂x_ck = R_ii′ R_jj′ R_kk′ ∂α_i′j′/∂x_ak′.
+  for (std::size_t c = 0; c < natom; ++c) {
+    if (by[c] == nullptr) continue;
+    const Matrix3& r = by[c]->r;
+    const std::size_t a = static_cast<std::size_t>(source[c]);
+    auto turn = [&](auto block_in, auto block_out) {  // out(i, j) = Σ R_ii′ in(i′, j′) R_jj′
+      for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j) {
+          double s = 0.0;
+          for (int p = 0; p < 3; ++p)
+            for (int q = 0; q < 3; ++q) s += r[i + 3 * p] * block_in(p, q) * r[j + 3 * q];
+          block_out(i, j, s);
+        }
+    };
+    for (std::size_t b = 0; b < natom; ++b) {
+      const std::size_t gb = static_cast<std::size_t>(by[c]->image[b]);
+      turn([&](int p, int q) { return out.hessian[(3 * b + p) + n3 * (3 * a + q)]; },
+           [&](int i, int j, double v) { out.hessian[(3 * gb + i) + n3 * (3 * c + j)] = v; });
+    }
+    turn([&](int p, int q) { return out.dipole[p + 3 * (3 * a + q)]; },
+         [&](int i, int j, double v) { out.dipole[i + 3 * (3 * c + j)] = v; });
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j)
+        for (int k = 0; k < 3; ++k) {
+          double s = 0.0;
+          for (int p = 0; p < 3; ++p)
+            for (int q = 0; q < 3; ++q)
+              for (int t = 0; t < 3; ++t)
+                s += r[i + 3 * p] * r[j + 3 * q] * r[k + 3 * t] *
+                     out.polarizability[(p + 3 * q) + 9 * (3 * a + t)];
+          out.polarizability[(i + 3 * j) + 9 * (3 * c + k)] = s;
+        }
   }
   symmetrize(out.hessian, n3);
   return out;

@@ -14,6 +14,8 @@
 #include <span>
 #include <vector>
 
+#include "geometry/point_symmetry.h"
+
 namespace norvik::geometry {
 
 // What one displaced point gives the differences: the gradient (3N, eV/Å), the
@@ -30,7 +32,7 @@ using PointFunction = std::function<DisplacedPoint(std::span<const double> x)>;
 // How the differences are taken: step h [Å] along every Cartesian coordinate,
 // two-point (error O(h²)) or four-point (O(h⁴)) central differences.
 struct DifferenceRule {
-  double step = 5e-3;
+  double step = 2.5e-3;
   bool four_point = false;
   int points() const { return four_point ? 4 : 2; }
 };
@@ -49,13 +51,18 @@ DerivativeColumn difference_column(const PointFunction& point, std::span<const d
 
 // Every column: the Hessian (3N × 3N, column-major, eV/Å², symmetrised), the
 // dipole derivatives (3 × 3N, column k = ∂μ/∂x_k, e) and the polarisability
-// derivatives (9 × 3N, Å²).  `column_done(k)` hears every finished column.
+// derivatives (9 × 3N, Å²).  With the molecule's rotations (the identity
+// first) only one atom of each set of equivalent atoms is displaced; the
+// columns of the others are its columns turned by the rotation that maps it
+// onto them.  `column_done(k)` hears every computed column.
 struct SecondDerivatives {
   std::vector<double> hessian, dipole, polarizability;
+  int displaced_atoms = 0;
 };
 
 SecondDerivatives second_derivatives(const PointFunction& point, std::span<const double> x,
                                      const DifferenceRule& rule,
+                                     std::span<const AtomRotation> rotations = {},
                                      const std::function<void(std::size_t)>& column_done = {});
 
 struct NormalModes {

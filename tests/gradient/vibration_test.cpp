@@ -88,5 +88,44 @@ TEST(HarmonicWavenumbers, DifferencesOfTheAnalyticGradientAgainstPsi4) {
   }
 }
 
+// The columns that the molecule's rotations give equal those computed by
+// displacing every atom: ammonia (a threefold axis off the coordinate axes)
+// and methane (twelve rotations) in STO-3G.
+TEST(HarmonicWavenumbers, ColumnsFromRotationsEqualDisplacedColumns) {
+  for (const Reference& r : references()) {
+    if (r.name != "nh3_6-31Gx_HF" && r.name != "ch4_6-31Gx_HF") continue;
+    scf::JobControl job;
+    job.basis = "STO-3G";
+    scf::ScfControl control;
+    control.niter = 300;
+    control.thr_ene = 1e-11;
+    control.thr_rms = 1e-10;
+    int electrons = 0;
+    for (int z : r.elements) electrons += z;
+    scf::PointSettings settings;
+    settings.counts = {electrons / 2, electrons / 2};
+    const int n = scf::basis_size(job.basis, r.elements);
+    std::vector<double> rho(2 * static_cast<std::size_t>(n * n));
+    std::vector<double> orbitals(2 * static_cast<std::size_t>(n * (n + 1)));
+    const scf::MoleculeView molecule{r.elements, r.elements, r.positions};
+    scf::single_point(job, control, molecule, settings, rho, orbitals);
+    // Four-point differences: the error of two-point ones depends on the
+    // directions of the displacements, which the rotations turn.
+    ScfHessianSettings with, without;
+    with.rule = without.rule = {5e-3, /*four_point=*/true};
+    without.symmetry_tolerance = 0.0;
+    const SecondDerivatives a = scf_second_derivatives(job, control, molecule, settings, rho, with);
+    const SecondDerivatives b =
+        scf_second_derivatives(job, control, molecule, settings, rho, without);
+    EXPECT_EQ(a.displaced_atoms, 2) << r.name;
+    EXPECT_EQ(b.displaced_atoms, static_cast<int>(r.elements.size())) << r.name;
+    for (std::size_t i = 0; i < a.hessian.size(); ++i)
+      // The geometry is symmetric to its 6 decimals: 1e-6 Å of 30 eV/Å³.
+      EXPECT_NEAR(a.hessian[i], b.hessian[i], 1e-4) << r.name << " Hessian element " << i;
+    for (std::size_t i = 0; i < a.dipole.size(); ++i)
+      EXPECT_NEAR(a.dipole[i], b.dipole[i], 1e-6) << r.name << " dipole derivative " << i;
+  }
+}
+
 }  // namespace
 }  // namespace norvik::geometry
