@@ -34,6 +34,7 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
   s->settings.start = scf::StartPolicy::supplied;
   s->settings.atomic = {};
   s->settings.hartree_fock_first = false;
+  s->settings.damped_cycles = 1;
   s->settings.with_dipole = true;
   s->start.assign(rho.begin(), rho.end());
   s->rho.resize(rho.size());

@@ -12,7 +12,6 @@ namespace norvik::scf {
 namespace {
 
 // The cycles damped before DIIS takes over, and the DIIS subspace.
-constexpr int kDampedCycles = 8;
 constexpr int kDiisSubspace = kHistorySlots;
 
 using linalg::square;
@@ -78,7 +77,7 @@ ScfResult run_cycles(const ScfSystem& system, FockBuilder& builder, const Orbita
   const StepArrays step_arrays = blocks.step_arrays(arrays);
   builder.resume(arrays.rho, arrays.g);
 
-  const int ndamp = std::min(settings.niter, kDampedCycles);
+  const int ndamp = std::min(settings.niter, settings.damped_cycles);
   double previous_energy = 0.0;
   for (int iscf = 1; iscf <= settings.niter; ++iscf) {
     StepControl control;

@@ -50,6 +50,10 @@ struct CycleSettings {
   double thr_ene = 0.0;  // [eV]
   double thr_rms = 0.0;
   bool with_dipole = true;  // false: the dipole stays zero
+  // Cycles 2 … damped_cycles mix the new density in with weight `damp`; DIIS
+  // extrapolates from the next cycle on (a start near the solution needs no
+  // damping: 1 starts DIIS at cycle 2).
+  int damped_cycles = 8;
   // Added to the electronic energy and dipole in what the observer hears
   // (the nuclear terms: the observer then hears molecular values).
   double e_offset = 0.0;  // [eV]

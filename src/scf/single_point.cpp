@@ -203,6 +203,7 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
     cycle.thr_ene = control.thr_ene;
     cycle.thr_rms = control.thr_rms;
     cycle.with_dipole = settings.with_dipole;
+    cycle.damped_cycles = settings.damped_cycles;
     cycle.e_offset = result.nuclear;
     cycle.dip_offset = nuclear;
     return cycle;

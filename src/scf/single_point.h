@@ -110,6 +110,9 @@ struct PointSettings {
   // A Kohn–Sham point converges Hartree–Fock first; a point started from a
   // Kohn–Sham density of a nearby geometry may go straight to its Kohn–Sham SCF.
   bool hartree_fock_first = true;
+  // The damped cycles of the SCF (see CycleSettings; a point started from the
+  // converged density of a nearby geometry takes 1).
+  int damped_cycles = 8;
 };
 
 // What a caller hears while a point is computed.
