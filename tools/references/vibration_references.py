@@ -50,13 +50,14 @@ HF_MOLECULES = ["h2o", "nh3", "ch4", "c2h4", "c2h2", "coh2", "hf", "n2", "co", "
                 "ch3"]
 LARGE = "c10h16_STO-3G_HF"
 HF_ROWS = ["%s_6-31Gx_HF" % m for m in HF_MOLECULES] + [LARGE]
-KS_ROWS = ["%s_6-31Gx_B3LYP" % m for m in ["h2o", "nh3", "ch4", "hf", "co", "c2h2"]]
+KS_ROWS = ["%s_6-31Gx_B3LYP" % m for m in ["h2o", "hf", "co", "nh3", "c2h2", "ch4"]]
 RAMAN_ROWS = ["%s_6-31Gx_HF" % m for m in ["h2o", "nh3", "ch4", "c2h4", "c2h2", "coh2", "hf",
                                              "n2", "co", "h2o2"]]
 # CH3 (UHF): NWChem's analytic UHF Hessian gives the IR intensities
 NWCHEM_IR_ONLY = ["ch3_6-31Gx_HF"]
 POLAR_FUNCTIONALS = ["B3LYP", "SVWN5", "SVWN3"]
-POLAR_KS_MOLECULES = ["h2o", "nh3", "ch4", "hf", "co", "c2h2", "n2", "c2h4"]
+NWCHEM_POLAR_CHECKS = ["h2o_6-31Gx_HF", "c2h4_6-31Gx_HF"]
+POLAR_KS_MOLECULES = ["h2o", "hf", "co", "nh3"]
 
 FD_POINTS = 5  # Psi4 findif stencil for Hessians from gradients
 FD_DISP = 0.005  # Psi4's disp_size (its default), in its mass-weighted SALC units
@@ -140,11 +141,13 @@ def ideal_shape(name):
     """The unrounded start geometry of a row's optimisation: the same point
     group as the optimised one, symmetric to machine precision. Psi4 looks
     for the full point group with a tolerance of 1e-8, so the 6-decimal
-    optimised geometries (NH3: C3 broken by 5e-7 A) fall back to a subgroup."""
+    optimised geometries (NH3: C3 broken by 5e-7 A) fall back to a subgroup.
+    Coordinates within 1e-6 A of zero are set to zero: the trigonometry of the
+    CH3 shape leaves its hydrogens 1.4e-8 A out of the plane, which Psi4 sees
+    as C3v instead of D3h."""
     mol = name.split("_")[0]
-    if name == LARGE:
-        return mr.MOLECULES["c10h16"][1]
-    return gr.OPT_MOLECULES[mol][1]
+    shape = mr.MOLECULES["c10h16"][1] if name == LARGE else gr.OPT_MOLECULES[mol][1]
+    return [(a[0],) + tuple(0.0 if abs(c) < 1e-6 else c for c in a[1:]) for a in shape]
 
 
 def frequency_task(name, method, scratch):
@@ -235,6 +238,35 @@ def polar_task(name, method, grid, scratch):
     return {"tensor": tensor, "energy": energy}
 
 
+FIELD = 0.002  # au, finite-field check of the UHF polarisability
+
+
+def finite_field_task(name, scratch):
+    """Diagonal of the UHF polarisability by 5-point differences of Psi4
+    energies in a uniform field (perturb_h dipole): a check on NWChem's
+    open-shell response."""
+    import psi4
+
+    row, molecule, opts, atoms, mult, expected = psi4_molecule(name, scratch)
+    out = []
+    for axis in range(3):
+        energies = {}
+        for k in (-2, -1, 0, 1, 2):
+            o = dict(opts, reference="uhf", e_convergence=1e-12, d_convergence=1e-10,
+                     guess="gwh")
+            if k:
+                field = [0.0, 0.0, 0.0]
+                field[axis] = k * FIELD
+                o.update(perturb_h=True, perturb_with="dipole", perturb_dipole=field)
+            psi4.core.clean()
+            psi4.core.clean_options()
+            psi4.set_options(o)
+            energies[k] = psi4.energy("scf", molecule=molecule)
+        out.append(-(-energies[2] + 16 * energies[1] - 30 * energies[0] + 16 * energies[-1] -
+                     energies[-2]) / (12 * FIELD * FIELD))
+    return {"diagonal": out}
+
+
 def optimise_task(scratch):
     """Psi4 HF/STO-3G optimisation of adamantane, optking's defaults but
     g_convergence gau_tight."""
@@ -264,6 +296,8 @@ def child_main(task, result):
         r = polar_task(task[1], task[2], task[3], scratch)
     elif kind == "optimise":
         r = optimise_task(scratch)
+    elif kind == "finite_field":
+        r = finite_field_task(task[1], scratch)
     else:
         raise ValueError(kind)
     with open(result, "w") as f:
@@ -423,6 +457,11 @@ def read_rows(path):
 
 
 def write_table(path, comment, header, rows, order):
+    """Writes `rows` (name -> line) into the table at `path`, keeping the rows
+    of other names already there (another process may be filling them)."""
+    merged = read_rows(path)
+    merged.update(rows)
+    rows = merged
     with open(path, "w") as f:
         f.write(comment.rstrip("\n") + "\n")
         f.write(header)
@@ -480,7 +519,7 @@ PSI4_HARTREE_EV = 27.21138602
 def part_hf(args):
     path = os.path.join(DATA, "hf_frequencies.tsv")
     tpath = os.path.join(DATA, "thermo.tsv")
-    rows, trows = read_rows(path), read_rows(tpath)
+    rows, trows = {}, {}
     version = ks.psi4_version()
     for name in wanted(args, HF_ROWS):
         r = run_child(["freq", name, "HF"])
@@ -533,7 +572,7 @@ KS_HEADER = ("name\tmolecule_file\tbasis\tfunctional\tE[hartree]\twavenumbers[cm
 
 def part_ks(args):
     path = os.path.join(DATA, "ks_frequencies.tsv")
-    rows = read_rows(path)
+    rows = {}
     for name in wanted(args, KS_ROWS):
         r = run_child(["freq", name, "B3LYP"])
         row = optimised(name)
@@ -558,7 +597,7 @@ IR_HEADER = ("name\tmolecule_file\tbasis\tprogram\twavenumbers[cm-1]\tIR[km/mol]
 
 def part_raman(args):
     path = os.path.join(DATA, "ir_raman.tsv")
-    rows = read_rows(path)
+    rows = {}
     order = RAMAN_ROWS + NWCHEM_IR_ONLY
     version = "nwchem " + nwchem_version()
     for name in wanted(args, order):
@@ -602,7 +641,7 @@ def polar_key(name, method):
 
 def part_polar(args):
     path = os.path.join(DATA, "polarizabilities.tsv")
-    rows = read_rows(path)
+    rows = {}
     order = [polar_key(*p) for p in polar_rows()] + ["ch3_6-31Gx_HF"]
     for name, method in polar_rows():
         key = polar_key(name, method)
@@ -618,8 +657,23 @@ def part_polar(args):
             [geometry_text(geometry_of(row))]) + "\n"
         print(key, ["%.5f" % t[i][i] for i in range(3)], flush=True)
         write(path, rows, order)
+    # NWChem's closed-shell response against Psi4's
+    for name in NWCHEM_POLAR_CHECKS:
+        if name in rows:
+            mine = [float(v) for v in rows[name].split("\t")[7:16]]
+            theirs = [v for line in nwchem_polar(name)["tensor"] for v in line]
+            worst = max(abs(a - b) for a, b in zip(mine, theirs))
+            if worst > 1e-5:
+                raise RuntimeError("%s: NWChem's polarisability differs by %.2e" % (name, worst))
+            print("%s: NWChem agrees to %.1e bohr^3" % (name, worst), flush=True)
     if not args.only or "ch3_6-31Gx_HF" in args.only:
         r = nwchem_polar("ch3_6-31Gx_HF")
+        ff = run_child(["finite_field", "ch3_6-31Gx_HF"])["diagonal"]
+        for k in range(3):
+            if abs(ff[k] - r["tensor"][k][k]) > 1e-4:
+                raise RuntimeError("CH3: NWChem alpha_%d%d %.7f, Psi4 finite field %.7f" %
+                                   (k, k, r["tensor"][k][k], ff[k]))
+        print("CH3 finite-field diagonal", ff, flush=True)
         row = optimised("ch3_6-31Gx_HF")
         rows["ch3_6-31Gx_HF"] = "\t".join(
             ["ch3_6-31Gx_HF", row["molecule_file"], row["basis"], "UHF",
@@ -637,7 +691,8 @@ def write(path, rows, order):
         "RHF at the HF/6-31G* geometries and for the functionals (ks_references.py's mapping: "
         "B3LYP with VWN5, SVWN5 = LDA_X + LDA_C_VWN, SVWN3 = LDA_X + LDA_C_VWN_RPA) at the "
         "B3LYP/6-31G* geometries on the 150 x 974 grid (Treutler, no pruning); UHF CH3 from "
-        "NWChem %s (task scf property, response 1 0.0, convergence 1e-8, scf thresh 1e-10); "
+        "NWChem %s (task scf property, response 1 0.0, convergence 1e-8, scf thresh 1e-10), its "
+        "diagonal checked against Psi4 UHF finite-field energies (5-point, F = 0.002 au) to 1e-4; "
         "alpha_ij = -d2E/dF_i dF_j, axes of the geometry column; scf_type pk, e/d_convergence "
         "1e-10; tools/references/vibration_references.py --parts polar") %
         (ks.psi4_version(), CPHF_CONVERGENCE, nwchem_version()), POLAR_HEADER, rows, order)
