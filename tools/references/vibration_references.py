@@ -194,10 +194,17 @@ def thermo_of(name, molecule, atoms, mult, vibinfo, energy):
 
     sigma_table, group_table = psi4_sigma(atoms, mult)
     sigma, group = psi4_sigma(ideal_shape(name), mult)
-    molecule.update_geometry()
-    rotor = molecule.rotor_type()
-    mass = float(sum(molecule.mass(i) for i in range(molecule.natom())))
-    rot = np.asarray(molecule.rotational_constants())
+    # Psi4 takes the moments of inertia about the origin of the coordinates,
+    # so the rotational constants come from a copy that Psi4 moves to the
+    # centre of mass (the calculations keep no_com); masses as "H@1.00794".
+    geo = ["units bohr", "symmetry c1", "0 %d" % mult]
+    geo += ["%s@%s %.17g %.17g %.17g" % (s, MASSES[s], x / BOHR_ANGSTROM, y / BOHR_ANGSTROM,
+                                         z / BOHR_ANGSTROM) for s, x, y, z in atoms]
+    rotor_molecule = psi4.geometry("\n".join(geo), name="rotor")
+    rotor_molecule.update_geometry()
+    rotor = rotor_molecule.rotor_type()
+    mass = float(sum(rotor_molecule.mass(i) for i in range(rotor_molecule.natom())))
+    rot = np.asarray(rotor_molecule.rotational_constants())
     info, _ = qcdb.vib.thermo(vibinfo, T=298.15, P=101325.0, multiplicity=mult,
                               molecular_mass=mass, E0=energy, sigma=sigma,
                               rot_const=rot, rotor_type=rotor)
