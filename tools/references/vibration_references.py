@@ -498,8 +498,9 @@ def part_optimise(args):
                      "%.6f" % (r["max_gradient"] * gr.GRADIENT_EV_A), "%d" % r["steps"], "", "",
                      "C-C %.6f..%.6f; C-H %.6f..%.6f" % (min(cc), max(cc), min(ch), max(ch)),
                      "", "", geometry_text(at)]) + "\n"
-    comment = ("# Psi4 %s HF/STO-3G optimisation of adamantane from molecules_opt/c10h16_STO-3G.mol "
-               "(optking defaults but g_convergence gau_tight), SCF as in hf_gradients.tsv; "
+    comment = ("# Psi4 %s HF/STO-3G optimisation of adamantane from "
+               "molecules_opt/c10h16_STO-3G.mol (optking defaults but g_convergence gau_tight), "
+               "SCF as in hf_gradients.tsv; "
                "gradients column: optimisation steps; bonds column: ranges; "
                "tools/references/vibration_references.py --parts optimise" % ks.psi4_version())
     write_table(os.path.join(DATA, "optimized_large.tsv"), comment, gr.OPT_HEADER,
@@ -562,9 +563,10 @@ def part_hf(args):
             (version, FD_POINTS, FD_DISP), HF_HEADER, rows, HF_ROWS)
         write_table(tpath, (
             "# Psi4 %s thermochemistry (psi4.driver.qcdb.vib.thermo, as frequency() runs it) at "
-            "298.15 K and 101325 Pa of the wavenumbers of hf_frequencies.tsv; sigma (used) from Psi4's "
-            "full point group of the unrounded symmetric start geometry of the optimisation (Psi4's "
-            "tolerance 1e-8 misses C3 in the 6-decimal optimised NH3), *_table_geometry: Psi4's "
+            "298.15 K and 101325 Pa of the wavenumbers of hf_frequencies.tsv; sigma (used) from "
+            "Psi4's full point group of the unrounded symmetric start geometry of the "
+            "optimisation (Psi4's tolerance 1e-8 misses C3 in the 6-decimal optimised NH3), "
+            "*_table_geometry: Psi4's "
             "detection on the tabulated geometry; S in mEh/K and energies in Eh as Psi4 "
             "gives them (E_vib includes the ZPVE; *_corr sum the four terms; H_corr = E_corr + kT; "
             "G_corr = H_corr - T S_tot); eV columns: x 27.21138602 eV/Eh (Psi4's CODATA 2014 "
@@ -749,7 +751,6 @@ def nwchem_dft_polar(name, functional):
 
 
 def nwchem_polar(name):
-    row = optimised(name)
     work = tempfile.mkdtemp(prefix="vibnwp_")
     try:
         text = nwchem_input(name, work, False).replace(
