@@ -477,8 +477,8 @@ def write_table(path, comment, header, rows, order):
                 f.write(rows[name])
 
 
-def fmt(values, spec):
-    return " ".join(spec % v for v in values)
+def fmt(values, form):
+    return " ".join(form % v for v in values)
 
 
 def wanted(args, rows):
