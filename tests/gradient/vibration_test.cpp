@@ -1,6 +1,7 @@
 // Harmonic wavenumbers from the Hessian by differences of the analytic
 // gradient, against Psi4's analytic Hessian at the same geometry with the same
-// masses (tests/references/data/hf_frequencies.tsv), to 0.1 cm⁻¹.
+// masses (tests/references/data/hf_frequencies.tsv), to 0.1 cm⁻¹.  The table
+// holds more molecules; this test takes the three small closed shells.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -34,6 +35,7 @@ std::vector<Reference> references() {
     std::stringstream ss(line);
     std::string x;
     while (std::getline(ss, x, '\t')) f.push_back(x);
+    if (f[0] != "h2o_6-31Gx_HF" && f[0] != "nh3_6-31Gx_HF" && f[0] != "ch4_6-31Gx_HF") continue;
     Reference r{f[0], f[2], {}, {}, {}};
     std::stringstream w(f[4]);
     for (double v; w >> v;) r.wavenumbers.push_back(v);
