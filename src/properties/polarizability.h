@@ -47,7 +47,8 @@ struct FieldOptions {
 // [8(μ(h) − μ(−h)) − (μ(2h) − μ(−2h))] / 12h, the error of order h⁴ instead of
 // h²).  Each point starts from `rho` (the converged density at
 // settings.field); `scf` drives the Hartree–Fock stage and settings.kohn_sham
-// the Kohn–Sham one.  Not symmetrised: its asymmetry measures its error.
+// the Kohn–Sham one (scf.niter = 0 starts the Kohn–Sham stage from rho).  Not
+// symmetrised: its asymmetry measures its error.
 std::array<double, 9> polarizability_by_fields(
     const basis::BasisSet& basis, const scf::JobControl& job, const scf::ScfControl& scf,
     const scf::MoleculeView& molecule, const scf::PointSettings& settings,
