@@ -153,11 +153,13 @@ class OrbitalHessian {
         stored_(stored),
         a_(exact_exchange),
         xc_(xc),
-        p1_(2 * size(n) * size(n)),
-        g_(p1_.size()),
-        previous_(p1_.size()),
         work_(size(n) * size(n)),
-        square_(size(n) * size(n)) {}
+        square_(size(n) * size(n)) {
+    for (std::size_t m = 0; m < 3; ++m) {
+      p1_[m].resize(2 * size(n) * size(n));
+      g_[m].resize(2 * size(n) * size(n));
+    }
+  }
 
   // The perturbed density pair (n, n, 2) of the amplitudes x.
   void density(std::span<const double> x, std::span<double> p1) {
@@ -198,19 +200,31 @@ class OrbitalHessian {
     }
   }
 
-  void apply(std::span<const double> x, std::span<double> y) {
-    density(x, p1_);
-    if (stored_) {
-      integrals::two::fock_stored(context_, a_, p1_, g_);
-    } else {
-      std::fill(previous_.begin(), previous_.end(), 0.0);
-      std::fill(g_.begin(), g_.end(), 0.0);
-      integrals::two::fock_direct(context_, a_, p1_, previous_, g_);
+  // y[m] = M x[m] for up to three vectors, with one pass over the two-electron
+  // integrals for all of them.
+  void apply(std::span<const std::vector<double>* const> x,
+             std::span<std::vector<double>* const> y) {
+    const std::size_t count = x.size();
+    std::vector<std::span<const double>> densities;
+    std::vector<std::span<double>> builds;
+    for (std::size_t m = 0; m < count; ++m) {
+      density(*x[m], p1_[m]);
+      densities.emplace_back(p1_[m]);
+      builds.emplace_back(g_[m]);
     }
-    if (xc_) xc_->add(p1_, g_);
-    project(g_, y, 0.0);
-    for (const SpinBlock& b : spins_) {
-      for (std::size_t e = 0; e < b.count(); ++e) y[b.offset + e] += b.gap[e] * x[b.offset + e];
+    if (stored_) {
+      integrals::two::fock_stored(context_, a_, densities, builds);
+    } else {
+      integrals::two::fock_direct(context_, a_, densities, builds);
+    }
+    for (std::size_t m = 0; m < count; ++m) {
+      if (xc_) xc_->add(p1_[m], g_[m]);
+      project(g_[m], *y[m], 0.0);
+      for (const SpinBlock& b : spins_) {
+        for (std::size_t e = 0; e < b.count(); ++e) {
+          (*y[m])[b.offset + e] += b.gap[e] * (*x[m])[b.offset + e];
+        }
+      }
     }
   }
 
@@ -221,7 +235,8 @@ class OrbitalHessian {
   bool stored_;
   double a_;
   XcResponse* xc_;
-  std::vector<double> p1_, g_, previous_, work_, square_;
+  std::array<std::vector<double>, 3> p1_, g_;
+  std::vector<double> work_, square_;
 };
 
 double dot(const std::vector<double>& x, const std::vector<double>& y) {
@@ -298,8 +313,9 @@ std::array<double, 9> static_polarizability(
   }
 
   // Preconditioned conjugate gradients, the three directions side by side
-  // (each with its own step lengths), from x = 0; the preconditioner is the
-  // diagonal of the level gaps.
+  // (each with its own step lengths, the products of each iteration in one
+  // pass over the integrals), from x = 0; the preconditioner is the diagonal
+  // of the level gaps.
   auto precondition = [&](const std::vector<double>& in, std::vector<double>& out) {
     out.resize(length);
     for (const SpinBlock& blk : spins) {
@@ -332,9 +348,16 @@ std::array<double, 9> static_polarizability(
           {std::string("Response equations not converged."), std::int64_t{iteration}, worst}));
     }
     ++iteration;
+    std::vector<const std::vector<double>*> in;
+    std::vector<std::vector<double>*> out;
     for (std::size_t k = 0; k < 3; ++k) {
       if (done[k]) continue;
-      hessian.apply(dir[k], q[k]);
+      in.push_back(&dir[k]);
+      out.push_back(&q[k]);
+    }
+    hessian.apply(in, out);
+    for (std::size_t k = 0; k < 3; ++k) {
+      if (done[k]) continue;
       const double step = rz[k] / dot(dir[k], q[k]);
       for (std::size_t e = 0; e < length; ++e) {
         x[k][e] += step * dir[k][e];
