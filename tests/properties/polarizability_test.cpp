@@ -61,8 +61,11 @@ scf::KohnShamStage stage(std::string_view name) {
 struct Point {
   Point(const Molecule& m, const std::string& basis_name,
         std::optional<scf::KohnShamStage> ks = std::nullopt)
-      : mol(m), basis(basis::make_basis(basis_name, m.z)), kohn_sham(std::move(ks)) {
-    job.basis = basis_name;
+      : name(basis_name),
+        mol(m),
+        basis(basis::make_basis(basis_name, m.z)),
+        kohn_sham(std::move(ks)) {
+    job.basis = name;
     settings.counts = m.counts;
     settings.kohn_sham = kohn_sham;
     const std::size_t n = static_cast<std::size_t>(basis.nbasis());
@@ -70,6 +73,8 @@ struct Point {
     orbitals.assign(2 * n * (n + 1), 0.0);
     result = scf::compute_point(basis, job, control, view(), settings, rho, orbitals);
   }
+  Point(const Point&) = delete;  // job.basis views this point's name
+  Point& operator=(const Point&) = delete;
   scf::MoleculeView view() const { return {mol.z, mol.z, mol.pos}; }
   std::array<double, 9> response(const ResponseOptions& options = {}) const {
     return static_polarizability(basis, job, view(), mol.counts, rho, orbitals, kohn_sham, options);
@@ -82,6 +87,7 @@ struct Point {
     return polarizability_by_fields(basis, job, first, view(), settings, rho, {0.05, true});
   }
 
+  std::string name;  // the basis set's, which job.basis views
   Molecule mol;
   basis::BasisSet basis;
   std::optional<scf::KohnShamStage> kohn_sham;
