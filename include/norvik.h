@@ -22,6 +22,7 @@
 #include "norvik/linalg.h"
 #include "norvik/memory.h"
 #include "norvik/optimizer.h"
+#include "norvik/properties.h"
 #include "norvik/report.h"
 #include "norvik/report_bonds.h"
 #include "norvik/report_geometry.h"

@@ -20,6 +20,7 @@ namespace {
 namespace abi = norvik::abi;
 namespace scf = norvik::scf;
 namespace dft = norvik::dft;
+using abi::checked_nbasis;
 using abi::count;
 using abi::guarded;
 using abi::kFileNameLength;
@@ -27,17 +28,6 @@ using abi::kKeywordLength;
 using abi::kLongKeywordLength;
 using abi::kohn_sham_stage;
 using abi::text_in;
-
-// The basis size of the molecule, which must be the host's.
-int checked_nbasis(std::string_view basis, const scf::MoleculeView& molecule, norvik_int nbasis,
-                   const char* routine) {
-  const int n = scf::basis_size(basis, molecule.elements);
-  if (n != nbasis) {
-    throw norvik::Error(norvik::fortran::list_directed(
-        {std::string("Wrong nbasis in ") + routine + ".", std::int64_t{nbasis}, std::int64_t{n}}));
-  }
-  return n;
-}
 
 }  // namespace
 

@@ -149,6 +149,16 @@ scf::PointHooks point_report(std::string_view report, std::string_view logfile, 
   return hooks;
 }
 
+int checked_nbasis(std::string_view basis, const scf::MoleculeView& molecule, norvik_int nbasis,
+                   const char* routine) {
+  const int n = scf::basis_size(basis, molecule.elements);
+  if (n != nbasis) {
+    throw Error(fortran::list_directed(
+        {std::string("Wrong nbasis in ") + routine + ".", std::int64_t{nbasis}, std::int64_t{n}}));
+  }
+  return n;
+}
+
 bool is_hartree_fock(std::string_view method) {
   const std::string_view m = norvik::io::trim_right(method);
   return m == "HF" || m == "MP2" || m == "RPA" || m == "TDA";

@@ -19,6 +19,11 @@ namespace norvik::abi {
 // "Wrong nbasis in ROUTINE." and the size.
 void check_nbasis(norvik_int n, std::string_view routine);
 
+// The basis size of the molecule in the named basis, which must be the
+// host's: otherwise "Wrong nbasis in ROUTINE." and both numbers.
+int checked_nbasis(std::string_view basis, const scf::MoleculeView& molecule, norvik_int nbasis,
+                   const char* routine);
+
 // The grid of a Kohn–Sham point: 0 the standard templates, 1 the dense grid;
 // any other value stops with "Wrong grid level in ROUTINE." and the value.
 dft::GridLevel grid_level_in(norvik_int level, std::string_view routine);

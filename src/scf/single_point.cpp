@@ -174,8 +174,14 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
     keep_table = table_gb <= job.memory_gb;
     if (keep_table) limits.memory_gb -= table_gb;
   }
-  const PreparedSystem p = prepare_system(basis, molecule.positions, molecule.charges, limits);
+  PreparedSystem p = prepare_system(basis, molecule.positions, molecule.charges, limits);
   const std::size_t nn = square(p.n);
+  // The field is part of the one-electron Hamiltonian, so that every stage,
+  // energy and cycle of the point sees it without knowing of it.
+  for (std::size_t k = 0; k < 3; ++k) {
+    if (settings.field[k] == 0.0) continue;
+    for (std::size_t e = 0; e < nn; ++e) p.v[e] += settings.field[k] * p.dip[k * nn + e];
+  }
   if (rho.size() < 2 * nn || orbitals.size() < 2 * (nn + static_cast<std::size_t>(p.n))) {
     throw std::logic_error("single point: the density or orbital array is too small");
   }
@@ -196,6 +202,7 @@ SinglePointResult compute_point(const basis::BasisSet& basis, const JobControl& 
   SinglePointResult result;
   result.nuclear = nuclear_repulsion(molecule.charges, molecule.positions);
   const Vec3 nuclear = nuclear_dipole(molecule.charges, molecule.positions);
+  for (std::size_t k = 0; k < 3; ++k) result.nuclear -= settings.field[k] * nuclear[k];
   auto cycle_settings = [&](const ScfControl& control) {
     CycleSettings cycle;
     cycle.niter = control.niter;

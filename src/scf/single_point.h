@@ -113,6 +113,12 @@ struct PointSettings {
   // The damped cycles of the SCF (see CycleSettings; a point started from the
   // converged density of a nearby geometry takes 1).
   int damped_cycles = 8;
+  // A uniform electric field F [V/Å].  An electron at r gains the potential
+  // energy e·F·r and a nucleus −Z·e·F·R, so that the energy of the point is
+  // E(F) = E(0) − μ·F − ½ Fᵀ α F + …: the electronic part enters the core
+  // Hamiltonian as V + Σ_k F_k·D_k (D the position integrals, eV for V/Å), the
+  // nuclear part −F·Σ_A Z_A R_A the nuclear energy of the result.
+  Vec3 field{};
 };
 
 // What a caller hears while a point is computed.
@@ -125,8 +131,8 @@ struct PointHooks {
 
 struct SinglePointResult {
   double energy = 0.0;      // molecular energy: electronic + nuclear repulsion [eV]
-  double electronic = 0.0;  // [eV]
-  double nuclear = 0.0;     // [eV]
+  double electronic = 0.0;  // [eV], with the electrons' energy in the field
+  double nuclear = 0.0;     // [eV], with the nuclei's energy in the field
   Vec3 dipole{};            // total dipole [e·Å]
   double de_final = 0.0;    // [eV]
   int northo = 0;           // independent basis combinations

@@ -13,9 +13,11 @@
 // Threads only share out whole blocks and, for the final sum, ranges of
 // elements, so one, two or any number of threads give the same bits.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "common/constants.h"
 #include "integrals/two/quartets.h"
@@ -166,6 +168,27 @@ std::vector<double> total_density(int n, std::span<const double> rho) {
   return d;
 }
 
+// The digests of m density pairs into one block's partials: density m's X
+// and Y at m·width.
+std::vector<Digest> digests(int n, bool exchange, std::span<const std::vector<double>> totals,
+                            std::span<const std::span<const double>> rho, double* buf) {
+  const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
+  const std::size_t width = fock_width(n, exchange);
+  std::vector<Digest> g;
+  for (std::size_t m = 0; m < rho.size(); ++m) {
+    double* b = buf + m * width;
+    g.push_back({n, totals[m].data(), rho[m].data(), rho[m].data() + nn, b, b + nn, b + 2 * nn});
+  }
+  return g;
+}
+
+std::vector<std::vector<double>> total_densities(int n,
+                                                 std::span<const std::span<const double>> rho) {
+  std::vector<std::vector<double>> d;
+  for (const auto& r : rho) d.push_back(total_density(n, r));
+  return d;
+}
+
 template <bool kExchange>
 void stored_build(const ContextView& c, double a, std::span<const double> rho,
                   std::span<double> fock) {
@@ -273,33 +296,43 @@ bool screening_quartet(const ContextView& c, std::span<const IntegralShell> shel
   return false;
 }
 
+// G of m density pairs `delta` added to `fock` in one pass over the shell
+// quartets; a quartet is computed when the screening keeps it for any of them.
 template <bool kExchange>
-void direct_build(const ContextView& c, double a, std::span<const double> rho,
-                  std::span<double> rho_prev, std::span<double> fock) {
+void direct_build(const ContextView& c, double a, std::span<const std::span<const double>> delta,
+                  std::span<const std::span<double>> fock) {
   const int n = c.nbasis;
   const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-  std::vector<double> delta(2 * nn);
-  for (std::size_t e = 0; e < 2 * nn; ++e) delta[e] = rho[e] - rho_prev[e];
   const auto shells = decode_shells(c.nshell, c.shelltab);
   const PairList list = pair_list(c.nshpair, c.shpair);
   const PairData pairs = make_pair_data(shells, list.a, list.b);
   const bool screen = c.thresh > 0.0;
+  // The screening sees the largest change of each element over the densities.
+  std::span<const double> bound = delta[0];
+  std::vector<double> largest;
+  if (screen && delta.size() > 1) {
+    largest.assign(2 * nn, 0.0);
+    for (const auto& dm : delta) {
+      for (std::size_t e = 0; e < 2 * nn; ++e) largest[e] = std::max(largest[e], std::abs(dm[e]));
+    }
+    bound = largest;
+  }
   ScreeningBounds bounds;
-  if (screen) bounds = screening_bounds(c, shells, list, delta);
+  if (screen) bounds = screening_bounds(c, shells, list, bound);
   const std::size_t ns = shells.size();
   const std::vector<double> qpair = pair_bounds(shells, list, c.vdiag);
 
-  BlockPartials part(fock_width(n, kExchange), c.nshpair);
+  const std::size_t width = fock_width(n, kExchange);
+  BlockPartials part(width * delta.size(), c.nshpair);
   const int nblocks = part.blocks();
-  const std::vector<double> d = total_density(n, delta);
+  const std::vector<std::vector<double>> d = total_densities(n, delta);
 #pragma omp parallel
   {
     std::vector<double> block(kMaxQuartetBlock);
     QuartetWorkspace ws;
 #pragma omp for schedule(dynamic, 1)
     for (int blk = 0; blk < nblocks; ++blk) {
-      double* buf = part.start(blk);
-      const Digest g{n, d.data(), delta.data(), delta.data() + nn, buf, buf + nn, buf + 2 * nn};
+      const std::vector<Digest> g = digests(n, kExchange, d, delta, part.start(blk));
       // the bra pairs from the last, which have the most ket pairs
       for (int P = c.nshpair - 1 - blk; P >= 0; P -= nblocks) {
         const std::size_t sa = static_cast<std::size_t>(list.a[P]);
@@ -318,20 +351,36 @@ void direct_build(const ContextView& c, double a, std::span<const double> rho,
             if (!screening_quartet(c, shells,
                                    {static_cast<int>(sa), static_cast<int>(sb),
                                     static_cast<int>(sc), static_cast<int>(sd)},
-                                   delta))
+                                   bound))
               continue;
           }
           shell_quartet(shells, pairs, P, Q, block.data(), ws);
-          for_each_unique(
-              shells, list, P, Q, block.data(),
-              [&](int i, int j, int k, int l, double v) { g.add<kExchange>(i, j, k, l, v); });
+          for_each_unique(shells, list, P, Q, block.data(),
+                          [&](int i, int j, int k, int l, double v) {
+                            if (g.size() == 1) return g[0].add<kExchange>(i, j, k, l, v);
+                            for (const Digest& gm : g) gm.add<kExchange>(i, j, k, l, v);
+                          });
         }
       }
     }
 #pragma omp for schedule(static)
     for (std::int64_t r = 0; r < part.ranges(); ++r) part.sum_range(r);
   }
-  finish(part.total(), n, kExchange, a, fock, true);
+  for (std::size_t m = 0; m < delta.size(); ++m) {
+    finish(part.total() + m * width, n, kExchange, a, fock[m], true);
+  }
+}
+
+// The incremental build: fock += G[rho − rho_prev], then rho_prev = rho.
+template <bool kExchange>
+void incremental_build(const ContextView& c, double a, std::span<const double> rho,
+                       std::span<double> rho_prev, std::span<double> fock) {
+  const std::size_t nn = static_cast<std::size_t>(c.nbasis) * static_cast<std::size_t>(c.nbasis);
+  std::vector<double> delta(2 * nn);
+  for (std::size_t e = 0; e < 2 * nn; ++e) delta[e] = rho[e] - rho_prev[e];
+  const std::array<std::span<const double>, 1> deltas{delta};
+  const std::array<std::span<double>, 1> focks{fock};
+  direct_build<kExchange>(c, a, deltas, focks);
   std::copy(rho.begin(), rho.begin() + static_cast<std::ptrdiff_t>(2 * nn), rho_prev.begin());
 }
 
@@ -341,6 +390,13 @@ void fock_stored(const ContextView& c, double a, std::span<const double> rho,
                  std::span<double> fock) {
   if (a == 0.0) return coulomb_stored(c, rho, fock);
   stored_build<true>(c, a, rho, fock);
+}
+
+void fock_stored(const ContextView& c, double a, std::span<const std::span<const double>> rho,
+                 std::span<const std::span<double>> fock) {
+  // Reading the store is not what the build's time goes into (the digest
+  // of each integral is), so one build each costs as much as a shared one.
+  for (std::size_t m = 0; m < rho.size(); ++m) fock_stored(c, a, rho[m], fock[m]);
 }
 
 void coulomb_stored(const ContextView& c, std::span<const double> rho, std::span<double> fock) {
@@ -388,12 +444,19 @@ void coulomb_stored(const ContextView& c, std::span<const double> rho, std::span
 void fock_direct(const ContextView& c, double a, std::span<const double> rho,
                  std::span<double> rho_prev, std::span<double> fock) {
   if (a == 0.0) return coulomb_direct(c, rho, rho_prev, fock);
-  direct_build<true>(c, a, rho, rho_prev, fock);
+  incremental_build<true>(c, a, rho, rho_prev, fock);
 }
 
 void coulomb_direct(const ContextView& c, std::span<const double> rho, std::span<double> rho_prev,
                     std::span<double> fock) {
-  direct_build<false>(c, 0.0, rho, rho_prev, fock);
+  incremental_build<false>(c, 0.0, rho, rho_prev, fock);
+}
+
+void fock_direct(const ContextView& c, double a, std::span<const std::span<const double>> rho,
+                 std::span<const std::span<double>> fock) {
+  for (const auto& f : fock) std::fill(f.begin(), f.end(), 0.0);
+  if (a == 0.0) return direct_build<false>(c, 0.0, rho, fock);
+  direct_build<true>(c, a, rho, fock);
 }
 
 bool screening(const ContextView& c, const std::array<int, 4>& s, std::span<const double> delta) {

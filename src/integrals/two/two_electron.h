@@ -91,6 +91,18 @@ void fock_direct(const ContextView& context, double a, std::span<const double> r
 void coulomb_direct(const ContextView& context, std::span<const double> rho,
                     std::span<double> rho_prev, std::span<double> fock);
 
+// Builds of several density pairs (each (nbasis, nbasis, 2)), each fock[m]
+// overwritten with G[rho[m]] from nothing: for response equations, whose
+// perturbed densities share the integrals.  The integral-direct one computes
+// each shell quartet once for all pairs (kept when the screening keeps it for
+// any of them), with the sums of one build each, in the same order as long as
+// the partial sums keep their block count (below about 340 functions for three
+// pairs); the stored one makes one build each.
+void fock_stored(const ContextView& context, double a, std::span<const std::span<const double>> rho,
+                 std::span<const std::span<double>> fock);
+void fock_direct(const ContextView& context, double a, std::span<const std::span<const double>> rho,
+                 std::span<const std::span<double>> fock);
+
 // Whether the shell quartet (a b | c d) (0-based shells) must be recomputed for
 // the density change delta (nbasis, nbasis, 2): true as soon as one function
 // quartet has sqrt((ij|ij)(kl|kl)) · ΔD · hartree > thresh, with ΔD the largest

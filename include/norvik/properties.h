@@ -1,0 +1,55 @@
+/* norvik: properties of a converged point (see norvik.h for the convention):
+ * the static dipole polarisability by the coupled-perturbed Hartree–Fock or
+ * Kohn–Sham equations, and its report section.  Method: docs/polarizability.md.
+ *
+ * Arrays are column-major; with n = nbasis, rho is (n, n, 2), alpha block then
+ * beta block, and orbitals (n, n+1, 2): per spin the coefficients in columns
+ * 1 … n in ascending order of level, the levels [eV] in column n+1 — both as
+ * SCF_1POINT returns them for the converged point. */
+#ifndef NORVIK_PROPERTIES_H
+#define NORVIK_PROPERTIES_H
+
+#include "norvik/export.h"
+
+NORVIK_EXTERN_C_BEGIN
+
+/* The argument list of POLARIZE and POLARIZE_DIRECT:
+ *   1 method (in, 10 chars): "HF", "MP2", "RPA", "TDA" the Hartree–Fock point,
+ *     any other name a functional as SCF_1POINT takes it (its exact exchange and
+ *     exchange–correlation kernel on the molecular grid);
+ *   2 basis (in, 20 chars);  3 natom;  4 zat (in, natom nuclear charges, 0 a
+ *   ghost);  5 zel (in, natom elements);  6 pos (in, (3, natom) Å);
+ *   7 nalpha, 8 nbeta (in, the occupied orbitals of each spin: the lowest ones);
+ *   9 nbasis (in, must equal the basis size);  10 rho (in, (n, n, 2), the
+ *   converged density);  11 orbitals (in, (n, n+1, 2));  12 ramlimit (in, GB:
+ *   the limit for the integral store and the basis table on the grid);
+ *   13 thr_screen (in, eV, the integral-direct screening threshold);
+ *   14 thr_orth (in, smallest overlap eigenvalue kept);  15 grid_radius (in, Å)
+ *   and 16 grid_level (in, 0 standard, 1 dense): the grid of the Kohn–Sham point,
+ *   read only for a functional;
+ *   17 alpha (out, (3, 3)): the polarisability volume α_ij = ∂μ_i/∂F_j in Å³,
+ *     α[Å³] = α[e·Å²/V] × hartree[eV] × bohr[Å] (symmetric).
+ * A wrong nbasis stops with "Wrong nbasis in Polarize." (Polarize_direct) and
+ * both numbers; equations that do not converge in 100 iterations stop with
+ * "Response equations not converged.", the iterations and the relative residual. */
+#define NORVIK_POLARIZE_ARGS                                                                       \
+  const char *method, const char *basis, const norvik_int *natom, const norvik_int *zat,           \
+      const norvik_int *zel, const double *pos, const norvik_int *nalpha, const norvik_int *nbeta, \
+      const norvik_int *nbasis, const double *rho, const double *orbitals, const double *ramlimit, \
+      const double *thr_screen, const double *thr_orth, const double *grid_radius,                 \
+      const norvik_int *grid_level, double *alpha
+
+/* Two-electron builds from the integral store when it fits ramlimit, otherwise
+ * integral-direct. */
+NORVIK_API void POLARIZE(NORVIK_POLARIZE_ARGS);
+/* Integral-direct two-electron builds whatever the limit. */
+NORVIK_API void POLARIZE_DIRECT(NORVIK_POLARIZE_ARGS);
+
+/* The polarisability section of the report: alpha (in, (3, 3) Å³), report (in,
+ * file name).  The tensor in Å³ and bohr³, its isotropic value (trace / 3) and
+ * its anisotropy (docs/report.md). */
+NORVIK_API void WRITE_POLARIZ(const double* alpha, const char* report);
+
+NORVIK_EXTERN_C_END
+
+#endif

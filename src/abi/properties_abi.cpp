@@ -1,0 +1,80 @@
+// Exported properties of a converged point: the static polarisability and its
+// report section.
+#include <array>
+#include <optional>
+
+#include "abi/scf_support.h"
+#include "basis/library.h"
+#include "common/constants.h"
+#include "dft/functionals/functional_names.h"
+#include "norvik/properties.h"
+#include "properties/polarizability.h"
+#include "report/property_sections.h"
+
+namespace {
+
+namespace abi = norvik::abi;
+namespace scf = norvik::scf;
+namespace dft = norvik::dft;
+using abi::count;
+using abi::guarded;
+using abi::kKeywordLength;
+using abi::kLongKeywordLength;
+using abi::text_in;
+
+void polarize(NORVIK_POLARIZE_ARGS, bool direct, const char* routine) {
+  const std::size_t na = count(*natom);
+  const std::string_view name = text_in(basis, kLongKeywordLength);
+  const scf::MoleculeView molecule{{zat, na}, {zel, na}, {pos, 3 * na}};
+  const int n = abi::checked_nbasis(name, molecule, *nbasis, routine);
+  const std::size_t nn = abi::square(n);
+  scf::JobControl job;
+  job.basis = name;
+  job.memory_gb = *ramlimit;
+  job.screening = *thr_screen;
+  job.orthogonality = *thr_orth;
+  // The functional of the point, as SCF_1POINT names it; its SCF settings play
+  // no part in the response.
+  std::optional<scf::KohnShamStage> kohn_sham;
+  const std::string_view functional = text_in(method, kKeywordLength);
+  if (!abi::is_hartree_fock(functional)) {
+    scf::KohnShamStage ks;
+    ks.functional = {dft::functional_for(functional, dft::FunctionalUse::potential_matrix),
+                     dft::exact_exchange_fraction(functional)};
+    ks.grid_radius = *grid_radius;
+    ks.grid_level = abi::grid_level_in(*grid_level, routine);
+    kohn_sham = ks;
+  }
+  norvik::properties::ResponseOptions options;
+  options.direct = direct;
+  const std::array<double, 9> a = norvik::properties::static_polarizability(
+      norvik::basis::make_basis(name, molecule.elements), job, molecule, {*nalpha, *nbeta},
+      {rho, 2 * nn}, {orbitals, 2 * (nn + count(n))}, kohn_sham, options);
+  // e·Å²/V to the polarisability volume: × hartree [eV] × bohr [Å].
+  const double volume = norvik::constants::kHartreeEv * norvik::constants::kBohrAngstrom;
+  for (std::size_t e = 0; e < 9; ++e) alpha[e] = a[e] * volume;  // symmetric: either order
+}
+
+}  // namespace
+
+extern "C" NORVIK_API void POLARIZE(NORVIK_POLARIZE_ARGS) {
+  guarded([&] {
+    polarize(method, basis, natom, zat, zel, pos, nalpha, nbeta, nbasis, rho, orbitals, ramlimit,
+             thr_screen, thr_orth, grid_radius, grid_level, alpha, false, "Polarize");
+  });
+}
+
+extern "C" NORVIK_API void POLARIZE_DIRECT(NORVIK_POLARIZE_ARGS) {
+  guarded([&] {
+    polarize(method, basis, natom, zat, zel, pos, nalpha, nbeta, nbasis, rho, orbitals, ramlimit,
+             thr_screen, thr_orth, grid_radius, grid_level, alpha, true, "Polarize_direct");
+  });
+}
+
+extern "C" NORVIK_API void WRITE_POLARIZ(const double* alpha, const char* report) {
+  guarded([&] {
+    std::array<double, 9> a{};
+    for (std::size_t e = 0; e < 9; ++e) a[e] = alpha[e];
+    abi::append_to(report, norvik::report::polarizability(a));
+  });
+}

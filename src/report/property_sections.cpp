@@ -1,0 +1,58 @@
+#include "report/property_sections.h"
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "common/constants.h"
+#include "common/fortran_format.h"
+#include "report/values.h"
+
+namespace norvik::report {
+
+namespace {
+
+using fortran::format;
+
+// A value that would be written as a signed zero in six decimals is written as 0.
+double cleaned6(double v) {
+  return std::abs(v) < 5.0e-7 ? 0.0 : v;
+}
+
+}  // namespace
+
+double isotropic(const std::array<double, 9>& a) {
+  return (a[0] + a[4] + a[8]) / 3.0;
+}
+
+double anisotropy(const std::array<double, 9>& a) {
+  // The off-diagonal pairs averaged, so that a tensor given in either order
+  // gives the same value.
+  const double xy = 0.5 * (a[1] + a[3]), yz = 0.5 * (a[5] + a[7]), zx = 0.5 * (a[2] + a[6]);
+  const double d1 = a[0] - a[4], d2 = a[4] - a[8], d3 = a[8] - a[0];
+  return std::sqrt(0.5 * (d1 * d1 + d2 * d2 + d3 * d3 + 6.0 * (xy * xy + yz * yz + zx * zx)));
+}
+
+Lines polarizability(const std::array<double, 9>& alpha) {
+  const double bohr3 = std::pow(constants::kBohrAngstrom, 3);
+  Lines lines{
+      "#", "#  Static dipole polarizability [A**3] and [bohr**3]",
+      "#                x           y           z                 x           y           z"};
+  const char* axes[3] = {"#     x", "#     y", "#     z"};
+  for (std::size_t i = 0; i < 3; ++i) {
+    std::vector<fortran::Value> row{text(axes[i])};
+    for (std::size_t j = 0; j < 3; ++j) row.push_back(cleaned6(alpha[3 * i + j]));
+    for (std::size_t j = 0; j < 3; ++j) row.push_back(cleaned6(alpha[3 * i + j] / bohr3));
+    lines.push_back(format("(A,3F12.6,6X,3F12.6)", row));
+  }
+  const double iso = isotropic(alpha), aniso = anisotropy(alpha);
+  lines.push_back(format("(A,F12.6,A,F12.6,A)",
+                         {text("#  Isotropic  alpha = "), cleaned6(iso), text(" [A**3] ="),
+                          cleaned6(iso / bohr3), text(" [bohr**3]")}));
+  lines.push_back(format("(A,F12.6,A,F12.6,A)",
+                         {text("#  Anisotropy Dalpha = "), cleaned6(aniso), text(" [A**3] ="),
+                          cleaned6(aniso / bohr3), text(" [bohr**3]")}));
+  return lines;
+}
+
+}  // namespace norvik::report
