@@ -52,7 +52,8 @@ void usage(std::ostream& out) {
          "  --xyz FILE      optimisation path, one .xyz frame per cycle (default: with .xyz;\n"
          "                  written only when the molecule file asks for an optimisation)\n"
          "  --vib PREFIX    vibrational analysis (record 10): PREFIX.modes.xyz and\n"
-         "                  PREFIX.modes.molden (normal modes), PREFIX.ir.dat (spectrum);\n"
+         "                  PREFIX.modes.molden (normal modes), PREFIX.ir.dat and\n"
+         "                  PREFIX.raman.dat (spectra);\n"
          "                  default: the molecule file's name without its extension\n"
          "  --grid LEVEL    Kohn-Sham integration grid: standard (default, fast) or dense\n"
          "                  (converged energies, about ten times the points)\n"
@@ -290,6 +291,7 @@ int run(const std::vector<std::string>& args) {
     outputs.push_back(
         host::output_file("normal modes (molden)", "--vib", request.vib + ".modes.molden"));
     outputs.push_back(host::output_file("infrared spectrum", "--vib", request.vib + ".ir.dat"));
+    outputs.push_back(host::output_file("Raman spectrum", "--vib", request.vib + ".raman.dat"));
   }
   problems = host::output_problems(outputs, inputs);
   if (!problems.empty()) fail(problems);

@@ -15,9 +15,9 @@ namespace host {
 namespace {
 
 // The displacement of the differences [A] and their stencil: two-point central
-// differences at 0.0025 A leave under 0.06 cm-1 in the Hartree-Fock wavenumbers
-// of water, ammonia and methane (docs/vibrations.md).
-constexpr double kStep = 0.0025;
+// differences at 0.0015 A leave under 0.04 cm-1 in the Hartree-Fock wavenumbers
+// of the reference molecules (docs/vibrations.md).
+constexpr double kStep = 0.0015;
 constexpr norvik_int kPoints = 2;
 
 // The displaced points converge further than a single point: the differences
@@ -181,7 +181,7 @@ VibrationResult run_vibrations(const Job& job, norvik_int n, const std::vector<d
   for (double& t : thr_ene) t = t > 0.0 ? std::min(t, kDisplacedEnergy) : kDisplacedEnergy;
   for (double& t : thr_rms) t = t > 0.0 ? std::min(t, kDisplacedRms) : kDisplacedRms;
   const double thr_orth = kOrthogonalityThreshold, step = kStep;
-  const norvik_int npoint = kPoints, raman = 0;
+  const norvik_int npoint = kPoints, raman = 1;
   const double scale = job.kohn_sham ? 1.0 : job.record20[0];
   std::vector<double> hessian(n3 * n3), dipder(3 * n3), polder(9 * n3), eigenvalues(n3),
       wavenumbers(n3), modes(n3 * n3), infrared(n3), activity(n3), depol(n3);

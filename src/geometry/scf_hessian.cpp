@@ -4,6 +4,9 @@
 #include <memory>
 #include <string>
 
+#include "basis/library.h"
+#include "common/constants.h"
+#include "properties/polarizability.h"
 #include "scf/gradient.h"
 
 namespace norvik::geometry {
@@ -53,6 +56,14 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
     p.gradient = scf::point_gradient(s->job, moved, s->settings.counts, s->rho, s->orbitals,
                                      s->settings.kohn_sham);
     for (std::size_t k = 0; k < 3; ++k) p.dipole[k] = r.dipole[k];
+    if (s->polarizability) {
+      // The coupled-perturbed polarisability in Å³ (e·Å²/V times E_h·a0).
+      const std::array<double, 9> alpha = properties::static_polarizability(
+          basis::make_basis(s->job.basis, s->elements), s->job, moved, s->settings.counts,
+          s->rho, s->orbitals, s->settings.kohn_sham);
+      const double volume = constants::kHartreeEv * constants::kBohrAngstrom;
+      for (std::size_t k = 0; k < 9; ++k) p.polarizability[k] = alpha[k] * volume;
+    }
     ++s->done;
     if (s->progress) s->progress(s->done, s->total);
     return p;
