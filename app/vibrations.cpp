@@ -193,6 +193,13 @@ VibrationResult run_vibrations(const Job& job, norvik_int n, const std::vector<d
                eigenvalues.data(), wavenumbers.data(), modes.data(), infrared.data(),
                activity.data(), depol.data(), &linear);
   stamp("Vibrations ok.");
+  // The static polarisability at the analysed geometry (its derivatives gave
+  // the Raman activities).
+  double alpha[9];
+  POLARIZE(job.theory.data(), job.basis.data(), &job.natom, job.zat.data(), job.zel.data(),
+           job.pos.data(), &job.nalpha, &job.nbeta, &n, rho.data(), orbitals.data(), &job.memory_gb,
+           &job.screening, &thr_orth, &kGridRadius, &level, alpha);
+  WRITE_POLARIZ(alpha, report);
   out.raman = raman == 1;
   const std::size_t first = std::min<std::size_t>(linear == 1 ? 5 : 6, n3);
   out.modes = static_cast<int>(n3 - first);
@@ -209,8 +216,13 @@ VibrationResult run_vibrations(const Job& job, norvik_int n, const std::vector<d
   principal_moments(job, mass, moments);
   std::string labels;
   for (int a = 0; a < job.natom; ++a) labels += padded(symbol_of(job.zel[a]), 2);
+  // σ from the positions in units of 0.01 A: atoms then match within 5e-4 A
+  // (in angstrom the match within 0.05 A passes rotations about axes near the
+  // true ones as distinct ones, and adamantane would get 216 instead of 12).
+  std::vector<double> hundredths(job.pos);
+  for (double& c : hundredths) c *= 100.0;
   norvik_int sigma = 1;
-  SYMMETRY_NUMBER_MP_calculate_sigma(&job.natom, labels.data(), job.pos.data(), &sigma, 2);
+  SYMMETRY_NUMBER_MP_calculate_sigma(&job.natom, labels.data(), hundredths.data(), &sigma, 2);
   double entropy[3], energy[4], capacity[4];
   ENTROPY(&linear, &sigma, &job.natom, &total, moments, eigenvalues.data(), &scale, entropy);
   THERMALENERGY(&linear, &job.natom, eigenvalues.data(), &scale, energy, capacity);

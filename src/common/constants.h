@@ -15,7 +15,7 @@ inline constexpr double kInverseFineStructure = NORVIK_INVERSE_FINE_STRUCTURE;  
 inline constexpr double kElectronRestEnergyKeV = NORVIK_ELECTRON_REST_ENERGY_KEV;  // m_e c² in keV
 inline constexpr double kKT298Ev = NORVIK_KT298_EV;                      // k_B·298.15 K in eV
 inline constexpr double kAtomicMassUnitEv = NORVIK_ATOMIC_MASS_UNIT_EV;  // m_u c² in eV
-inline constexpr double kAvogadro = NORVIK_AVOGADRO;                    // 1/mol
+inline constexpr double kAvogadro = NORVIK_AVOGADRO;                     // 1/mol
 
 // The run log converts its commutator norm with this older value of the hartree;
 // it is kept as it is so that logs stay comparable from version to version.

@@ -59,8 +59,8 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
     if (s->polarizability) {
       // The coupled-perturbed polarisability in Å³ (e·Å²/V times E_h·a0).
       const std::array<double, 9> alpha = properties::static_polarizability(
-          basis::make_basis(s->job.basis, s->elements), s->job, moved, s->settings.counts,
-          s->rho, s->orbitals, s->settings.kohn_sham);
+          basis::make_basis(s->job.basis, s->elements), s->job, moved, s->settings.counts, s->rho,
+          s->orbitals, s->settings.kohn_sham);
       const double volume = constants::kHartreeEv * constants::kBohrAngstrom;
       for (std::size_t k = 0; k < 9; ++k) p.polarizability[k] = alpha[k] * volume;
     }

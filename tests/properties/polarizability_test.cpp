@@ -20,6 +20,7 @@
 #include "common/error.h"
 #include "dft/functionals/functional_names.h"
 #include "scf/single_point.h"
+#include "setup/elements.h"
 
 namespace norvik::properties {
 namespace {
@@ -207,54 +208,91 @@ TEST(FiniteField, EnergyFollowsDipoleAndPolarizability) {
   }
 }
 
-// Psi4's coupled-perturbed RHF tensors (tools/properties/polarizability_references.py).
-TEST(CoupledPerturbed, MatchesPsi4) {
-  std::ifstream in(std::string(NORVIK_TEST_DATA) + "/polarizabilities.tsv");
-  ASSERT_TRUE(in) << "polarizabilities.tsv";
+// The reference table (tests/references/data/polarizabilities.tsv, made by
+// tools/references/vibration_references.py): Psi4's coupled-perturbed RHF
+// tensors of 12 molecules, its Kohn–Sham tensors on its converged grid, and
+// NWChem's UHF tensor of CH3.
+struct Reference {
+  std::string name, basis, method;
+  Molecule molecule;
+  std::array<double, 9> alpha{};  // bohr³
+};
+
+std::vector<Reference> reference_table() {
+  std::ifstream in(std::string(NORVIK_SOURCE_DIR) + "/tests/references/data/polarizabilities.tsv");
+  std::vector<Reference> out;
   std::string line;
-  int cases = 0;
-  // Same basis, geometry and equations, both solvers converged far below this
-  // (Psi4 to a residual of 1e-10, measured agreement ~1e-9): 1e-6 of the largest element
-  // leaves room for the SCF thresholds and integral screening of either program.
-  constexpr double kPsi4 = 1e-6;
-  const double bohr3 = std::pow(constants::kBohrAngstrom, 3);
-  const double to_angstrom3 = constants::kHartreeEv * constants::kBohrAngstrom;
   while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#' || line.rfind("name", 0) == 0) continue;
+    if (line.empty() || line[0] == '#' || line.rfind("name\t", 0) == 0) continue;
+    std::vector<std::string> f;
     std::istringstream fields(line);
-    std::string name, basis_name, atoms;
-    std::getline(fields, name, '\t');
-    std::getline(fields, basis_name, '\t');
-    std::getline(fields, atoms, '\t');
-    std::array<double, 9> want{};
-    for (double& x : want) fields >> x;
-    Molecule m;
-    std::istringstream list(atoms);
-    std::string atom;
+    for (std::string x; std::getline(fields, x, '\t');) f.push_back(x);
+    Reference r;
+    r.name = f[0];
+    r.basis = f[2];
+    r.method = f[3];
+    for (std::size_t e = 0; e < 9; ++e) r.alpha[e] = std::stod(f[7 + e]);
+    std::istringstream list(f[16]);
     int electrons = 0;
-    while (std::getline(list, atom, ';')) {
+    for (std::string atom; std::getline(list, atom, ';');) {
       std::istringstream a(atom);
       std::string symbol;
       double x, y, z;
       a >> symbol >> x >> y >> z;
-      const int zn = symbol == "H" ? 1 : symbol == "N" ? 7 : symbol == "O" ? 8 : 9;
-      m.z.push_back(zn);
-      m.pos.insert(m.pos.end(), {x, y, z});
+      if (symbol.size() == 1) symbol += ' ';
+      const int zn = setup::symbol_to_z(symbol);
+      r.molecule.z.push_back(zn);
+      r.molecule.pos.insert(r.molecule.pos.end(), {x, y, z});
       electrons += zn;
     }
-    m.counts = {electrons / 2, electrons / 2};
-    const Point p(m, basis_name);
-    std::array<double, 9> got = p.response();
-    for (double& x : got) x *= to_angstrom3 / bohr3;
-    expect_close(got, want, kPsi4, name + " " + basis_name);
-    double worst = 0.0;
-    for (std::size_t e = 0; e < 9; ++e) worst = std::max(worst, std::abs(got[e] - want[e]));
-    std::printf("%s %s: isotropic %.6f bohr³, largest deviation from Psi4 %.2e relative\n",
-                name.c_str(), basis_name.c_str(), (got[0] + got[4] + got[8]) / 3.0,
-                worst / largest(want));
+    // The one open shell of the table is a doublet.
+    r.molecule.counts = {(electrons + electrons % 2) / 2, electrons / 2};
+    out.push_back(r);
+  }
+  return out;
+}
+
+double compare_with(const Reference& r, const std::array<double, 9>& response, double tolerance) {
+  const double to_bohr3 =
+      constants::kHartreeEv * constants::kBohrAngstrom / std::pow(constants::kBohrAngstrom, 3);
+  std::array<double, 9> got = response;
+  for (double& x : got) x *= to_bohr3;
+  expect_close(got, r.alpha, tolerance, r.name);
+  double worst = 0.0;
+  for (std::size_t e = 0; e < 9; ++e) worst = std::max(worst, std::abs(got[e] - r.alpha[e]));
+  std::printf("%s: isotropic %.6f bohr³, largest deviation %.2e relative\n", r.name.c_str(),
+              (got[0] + got[4] + got[8]) / 3.0, worst / largest(r.alpha));
+  return worst / largest(r.alpha);
+}
+
+// Hartree–Fock: same basis, geometry and equations, both solvers converged far
+// below this (Psi4 to a residual of 1e-10): 1e-6 of the largest element leaves
+// room for the SCF thresholds and integral screening of either program.
+TEST(CoupledPerturbed, HartreeFockMatchesPsi4AndNWChem) {
+  int cases = 0;
+  for (const Reference& r : reference_table()) {
+    if (r.method != "HF" && r.method != "UHF") continue;
+    const Point p(r.molecule, r.basis);
+    compare_with(r, p.response(), 1e-6);
     ++cases;
   }
-  EXPECT_EQ(cases, 3);
+  EXPECT_EQ(cases, 13);
+}
+
+// Kohn–Sham on the dense grid against Psi4's converged grid: the grids'
+// difference is what is left (1e-4 of the largest element).
+TEST(CoupledPerturbed, KohnShamOnTheDenseGridAgainstPsi4) {
+  int cases = 0;
+  for (const Reference& r : reference_table()) {
+    if (r.method == "HF" || r.method == "UHF") continue;
+    scf::KohnShamStage ks = stage(r.method);
+    ks.grid_radius = constants::kBohrAngstrom;
+    ks.grid_level = dft::GridLevel::dense;
+    const Point p(r.molecule, r.basis, ks);
+    compare_with(r, p.response(), 1e-4);
+    ++cases;
+  }
+  EXPECT_EQ(cases, 12);
 }
 
 }  // namespace
