@@ -194,7 +194,7 @@ PointResult run_hartree_fock(Job& job) {
   // A Kohn–Sham SCF that did not settle gets the caution box.
   if (job.kohn_sham && !result.converged) WRITE_CAUTION(report);
   // The vibrational analysis and thermochemistry of the converged point.
-  if (job.vibrations == 1 && result.converged) {
+  if (job.vibrations >= 1 && result.converged) {
     result.vibrations =
         run_vibrations(job, n, rho, orbitals, result.energy, result.optimisation.has_value());
   }

@@ -652,8 +652,10 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
   }
   if (auto r = c.record("vibrations", {Kind::integer})) {
     check_range(c, r->values[0], "vibrations", "vibrational analysis",
-                {0, 1, false, "", "write 0 (no) or 1 (yes)"});
-    if (!r->values[0].null) facts.vibrations = r->values[0].integer == 1;
+                {0, 2, false, "",
+                 "write 0 (none), 1 (vibrations with infrared intensities and thermochemistry) "
+                 "or 2 (also Raman activities)"});
+    if (!r->values[0].null) facts.vibrations = r->values[0].integer;
   }
   if (auto r = c.record("start-density file", {Kind::text})) {
     if (check_text(c, r->values[0], "start-density file", kPathLength)) {

@@ -32,7 +32,7 @@ struct InputFacts {
   int natom = 0;                // atom records of the molecule file
   std::string start_density;    // record 12 of the molecule file ("" = free atoms)
   int optimisation_cycles = 0;  // record 6 (0: a single point)
-  bool vibrations = false;      // record 10: vibrational analysis and thermochemistry
+  int vibrations = 0;           // record 10: 0 none, 1 vibrations and thermochemistry, 2 with Raman
 };
 
 // Checks that `path` names a regular file of at most kMaxInputBytes that can be

@@ -53,7 +53,7 @@ void usage(std::ostream& out) {
          "                  written only when the molecule file asks for an optimisation)\n"
          "  --vib PREFIX    vibrational analysis (record 10): PREFIX.modes.xyz and\n"
          "                  PREFIX.modes.molden (normal modes), PREFIX.ir.dat and\n"
-         "                  PREFIX.raman.dat (spectra);\n"
+         "                  PREFIX.raman.dat (spectra, Raman with record 10 = 2);\n"
          "                  default: the molecule file's name without its extension\n"
          "  --grid LEVEL    Kohn-Sham integration grid: standard (default, fast) or dense\n"
          "                  (converged energies, about ten times the points)\n"
@@ -286,12 +286,14 @@ int run(const std::vector<std::string>& args) {
     outputs.push_back(host::output_file("trajectory", "--xyz", request.xyz));
   }
   // A vibrational analysis writes its modes and spectra beside them.
-  if (facts.vibrations) {
+  if (facts.vibrations > 0) {
     outputs.push_back(host::output_file("normal modes", "--vib", request.vib + ".modes.xyz"));
     outputs.push_back(
         host::output_file("normal modes (molden)", "--vib", request.vib + ".modes.molden"));
     outputs.push_back(host::output_file("infrared spectrum", "--vib", request.vib + ".ir.dat"));
-    outputs.push_back(host::output_file("Raman spectrum", "--vib", request.vib + ".raman.dat"));
+    if (facts.vibrations == 2) {
+      outputs.push_back(host::output_file("Raman spectrum", "--vib", request.vib + ".raman.dat"));
+    }
   }
   problems = host::output_problems(outputs, inputs);
   if (!problems.empty()) fail(problems);

@@ -181,7 +181,7 @@ VibrationResult run_vibrations(const Job& job, norvik_int n, const std::vector<d
   for (double& t : thr_ene) t = t > 0.0 ? std::min(t, kDisplacedEnergy) : kDisplacedEnergy;
   for (double& t : thr_rms) t = t > 0.0 ? std::min(t, kDisplacedRms) : kDisplacedRms;
   const double thr_orth = kOrthogonalityThreshold, step = kStep;
-  const norvik_int npoint = kPoints, raman = 1;
+  const norvik_int npoint = kPoints, raman = job.vibrations == 2 ? 1 : 0;
   const double scale = job.kohn_sham ? 1.0 : job.record20[0];
   std::vector<double> hessian(n3 * n3), dipder(3 * n3), polder(9 * n3), eigenvalues(n3),
       wavenumbers(n3), modes(n3 * n3), infrared(n3), activity(n3), depol(n3);

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "common/constants.h"
@@ -54,26 +55,49 @@ std::vector<Reference> references() {
   return out;
 }
 
+// The converged closed-shell Hartree–Fock point of a reference molecule in a
+// basis, SCF to 1e-11 eV.
+class ConvergedPoint {
+ public:
+  ConvergedPoint(const Reference& r, std::string basis)
+      : basis_(std::move(basis)), molecule_{r.elements, r.elements, r.positions} {
+    job_.basis = basis_;
+    job_.orthogonality = 1e-8;
+    control_.niter = 300;
+    control_.thr_ene = 1e-11;
+    control_.thr_rms = 1e-11;
+    int electrons = 0;
+    for (int z : r.elements) electrons += z;
+    settings_.counts = {electrons / 2, electrons / 2};
+    const auto n = static_cast<std::size_t>(scf::basis_size(job_.basis, r.elements));
+    rho_.resize(2 * n * n);
+    std::vector<double> orbitals(2 * n * (n + 1));
+    scf::single_point(job_, control_, molecule_, settings_, rho_, orbitals);
+  }
+  ConvergedPoint(const ConvergedPoint&) = delete;  // job_ views basis_
+  ConvergedPoint& operator=(const ConvergedPoint&) = delete;
+
+  std::tuple<const scf::JobControl&, const scf::ScfControl&, const scf::PointSettings&,
+             const scf::MoleculeView&, const std::vector<double>&>
+  parts() const {
+    return {job_, control_, settings_, molecule_, rho_};
+  }
+
+ private:
+  std::string basis_;
+  scf::JobControl job_;
+  scf::ScfControl control_;
+  scf::PointSettings settings_;
+  scf::MoleculeView molecule_;
+  std::vector<double> rho_;
+};
+
 TEST(HarmonicWavenumbers, DifferencesOfTheAnalyticGradientAgainstPsi4) {
   const std::vector<Reference> refs = references();
   ASSERT_FALSE(refs.empty());
   for (const Reference& r : refs) {
-    scf::JobControl job;
-    job.basis = r.basis;
-    job.orthogonality = 1e-8;
-    scf::ScfControl control;
-    control.niter = 300;
-    control.thr_ene = 1e-11;
-    control.thr_rms = 1e-11;
-    int electrons = 0;
-    for (int z : r.elements) electrons += z;
-    scf::PointSettings settings;
-    settings.counts = {electrons / 2, electrons / 2};
-    const int n = scf::basis_size(job.basis, r.elements);
-    std::vector<double> rho(2 * static_cast<std::size_t>(n * n));
-    std::vector<double> orbitals(2 * static_cast<std::size_t>(n * (n + 1)));
-    const scf::MoleculeView molecule{r.elements, r.elements, r.positions};
-    scf::single_point(job, control, molecule, settings, rho, orbitals);
+    const ConvergedPoint p(r, r.basis);
+    const auto& [job, control, settings, molecule, rho] = p.parts();
     ScfHessianSettings rule;
     rule.rule = {2.5e-3, /*four_point=*/false};
     const std::vector<double> hessian =
@@ -96,21 +120,8 @@ TEST(HarmonicWavenumbers, DifferencesOfTheAnalyticGradientAgainstPsi4) {
 TEST(HarmonicWavenumbers, ColumnsFromRotationsEqualDisplacedColumns) {
   for (const Reference& r : references()) {
     if (r.name != "nh3_6-31Gx_HF" && r.name != "ch4_6-31Gx_HF") continue;
-    scf::JobControl job;
-    job.basis = "STO-3G";
-    scf::ScfControl control;
-    control.niter = 300;
-    control.thr_ene = 1e-11;
-    control.thr_rms = 1e-10;
-    int electrons = 0;
-    for (int z : r.elements) electrons += z;
-    scf::PointSettings settings;
-    settings.counts = {electrons / 2, electrons / 2};
-    const int n = scf::basis_size(job.basis, r.elements);
-    std::vector<double> rho(2 * static_cast<std::size_t>(n * n));
-    std::vector<double> orbitals(2 * static_cast<std::size_t>(n * (n + 1)));
-    const scf::MoleculeView molecule{r.elements, r.elements, r.positions};
-    scf::single_point(job, control, molecule, settings, rho, orbitals);
+    const ConvergedPoint p(r, "STO-3G");
+    const auto& [job, control, settings, molecule, rho] = p.parts();
     // Four-point differences: the error of two-point ones depends on the
     // directions of the displacements, which the rotations turn.
     ScfHessianSettings with, without;

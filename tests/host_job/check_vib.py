@@ -48,7 +48,7 @@ def job_file(ref, method, workdir):
     lines[3] = f"'{ref['basis']}'"
     name = lines[5].rsplit(" ", 1)[0]
     lines[5] = f"{name} 0"
-    lines[9] = "1"
+    lines[9] = "2"
     first_atom = next(i for i, l in enumerate(lines) if i > 22 and l.strip())
     lines = lines[:first_atom] + ["%-2s %14.8f %14.8f %14.8f" % (a[0], float(a[1]), float(a[2]),
                                                                   float(a[3])) for a in atoms]
