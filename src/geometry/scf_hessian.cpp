@@ -23,8 +23,6 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
     scf::PointSettings settings;
     std::vector<double> start, rho, orbitals;
     bool polarizability = false;
-    std::function<void(int, int)> progress;
-    int done = 0, total = 0;
   };
   auto s = std::make_shared<State>();
   s->basis = std::string(job.basis);
@@ -45,8 +43,6 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
   const std::size_t n = static_cast<std::size_t>(std::llround(std::sqrt(static_cast<double>(nn))));
   s->orbitals.resize(2 * (nn + n));
   s->polarizability = hessian.polarizability;
-  s->progress = hessian.progress;
-  s->total = static_cast<int>(hessian.rule.points() * molecule.positions.size());
   return [s](std::span<const double> x) {
     const scf::MoleculeView moved{s->charges, s->elements, x};
     std::copy(s->start.begin(), s->start.end(), s->rho.begin());
@@ -64,8 +60,6 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
       const double volume = constants::kHartreeEv * constants::kBohrAngstrom;
       for (std::size_t k = 0; k < 9; ++k) p.polarizability[k] = alpha[k] * volume;
     }
-    ++s->done;
-    if (s->progress) s->progress(s->done, s->total);
     return p;
   };
 }

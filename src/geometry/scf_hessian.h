@@ -5,7 +5,6 @@
 // coupled-perturbed polarisability.
 #pragma once
 
-#include <functional>
 #include <span>
 #include <vector>
 
@@ -20,8 +19,6 @@ struct ScfHessianSettings {
   // Displace one atom of each set of atoms that the molecule's rotations
   // exchange (within this tolerance [Å]; 0: every atom).
   double symmetry_tolerance = 1e-5;
-  // Hears every finished displaced point (k of n).
-  std::function<void(int k, int n)> progress;
 };
 
 // The points of the SCF of `settings` (its counts and Kohn–Sham stage; the
