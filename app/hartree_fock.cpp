@@ -191,6 +191,20 @@ PointResult run_hartree_fock(Job& job) {
   WRITE_OCCUPY(&n, &northo, &job.nalpha, &job.nbeta, orbitals.data(), report);
   if (job.multiplicity != 1) WRITE_SPINCONTAMI(&n, S.data(), rho.data(), report);
   WRITE_EDM(result.dipole, report);
+  // Population analysis (record 14): Mulliken, Lowdin or both.
+  const std::string population = trimmed(job.population);
+  for (const char* kind : {"Mulliken", "Lowdin"}) {
+    if (population != kind && population != "both") continue;
+    std::vector<double> charge(job.natom), spin(job.natom);
+    (std::string(kind) == "Mulliken" ? MULLIKEN : LOWDIN)(
+        job.basis.data(), &job.natom, job.zat.data(), job.zel.data(), &n, S.data(), rho.data(),
+        charge.data(), spin.data());
+    const std::string label = padded(kind, kNameLength);
+    WRITE_POPULATION(label.data(), &job.natom, job.zel.data(), charge.data(), report);
+    if (job.multiplicity != 1) {
+      WRITE_SPINDENSITY(label.data(), &job.natom, job.zel.data(), spin.data(), report);
+    }
+  }
   // A Kohn–Sham SCF that did not settle gets the caution box.
   if (job.kohn_sham && !result.converged) WRITE_CAUTION(report);
   // The vibrational analysis and thermochemistry of the converged point.

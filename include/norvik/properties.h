@@ -50,6 +50,27 @@ NORVIK_API void POLARIZE_DIRECT(NORVIK_POLARIZE_ARGS);
  * its anisotropy (docs/report.md). */
 NORVIK_API void WRITE_POLARIZ(const double* alpha, const char* report);
 
+/* Population analysis of a converged density:  1 basis (in, 20 chars);  2 natom;
+ * 3 zat (nuclear charges, 0 for a ghost);  4 zel (elements);  5 nbasis (in, must
+ * equal the basis size);  6 S (in, (n, n) overlap);  7 rho (in, (n, n, 2));
+ * 8 charge (out, natom: Z minus the atom's electrons, e);  9 spin (out, natom: the
+ * atom's alpha minus beta electrons).  MULLIKEN gives atom A the diagonal of P S
+ * over its functions, LOWDIN that of S^1/2 P S^1/2.  A wrong nbasis stops with
+ * "Wrong nbasis in Mulliken." ("Lowdin.") and both numbers. */
+NORVIK_API void MULLIKEN(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                         const norvik_int* zel, const norvik_int* nbasis, const double* S,
+                         const double* rho, double* charge, double* spin);
+NORVIK_API void LOWDIN(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                       const norvik_int* zel, const norvik_int* nbasis, const double* S,
+                       const double* rho, double* charge, double* spin);
+/* The charges (WRITE_POPULATION) or the spin populations (WRITE_SPINDENSITY) of a
+ * population analysis: kind (in, 20 chars: "Mulliken" or "Lowdin", as written in
+ * the heading); natom; zel; values (in, natom); report. */
+NORVIK_API void WRITE_POPULATION(const char* kind, const norvik_int* natom, const norvik_int* zel,
+                                 const double* charge, const char* report);
+NORVIK_API void WRITE_SPINDENSITY(const char* kind, const norvik_int* natom, const norvik_int* zel,
+                                  const double* spin, const char* report);
+
 NORVIK_EXTERN_C_END
 
 #endif

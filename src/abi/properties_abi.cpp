@@ -6,9 +6,11 @@
 #include "abi/scf_support.h"
 #include "basis/library.h"
 #include "common/constants.h"
+#include "common/text_file.h"
 #include "dft/functionals/functional_names.h"
 #include "norvik/properties.h"
 #include "properties/polarizability.h"
+#include "properties/populations.h"
 #include "report/property_sections.h"
 
 namespace {
@@ -78,3 +80,62 @@ extern "C" NORVIK_API void WRITE_POLARIZ(const double* alpha, const char* report
     abi::append_to(report, norvik::report::polarizability(a));
   });
 }
+
+namespace {
+
+void populations(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                 const norvik_int* zel, const norvik_int* nbasis, const double* S,
+                 const double* rho, double* charge, double* spin,
+                 norvik::properties::Partition partition, const char* routine) {
+  const std::size_t na = count(*natom);
+  const std::string_view name = text_in(basis, kLongKeywordLength);
+  const scf::MoleculeView molecule{{zat, na}, {zel, na}, {}};
+  const int n = abi::checked_nbasis(name, molecule, *nbasis, routine);
+  const std::size_t nn = abi::square(n);
+  const norvik::properties::AtomPopulations p = norvik::properties::atom_populations(
+      norvik::basis::make_basis(name, {zel, na}), {zat, na}, {S, nn}, {rho, 2 * nn}, partition);
+  std::copy(p.charge.begin(), p.charge.end(), charge);
+  std::copy(p.spin.begin(), p.spin.end(), spin);
+}
+
+void write_populations(const char* kind, const norvik_int* natom, const norvik_int* zel,
+                       const double* values, bool spin, const char* report) {
+  const std::size_t na = count(*natom);
+  abi::append_to(
+      report, norvik::report::populations(norvik::io::trim_right(text_in(kind, kLongKeywordLength)),
+                                          {zel, na}, {values, na}, spin));
+}
+
+}  // namespace
+
+extern "C" {
+
+NORVIK_API void MULLIKEN(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                         const norvik_int* zel, const norvik_int* nbasis, const double* S,
+                         const double* rho, double* charge, double* spin) {
+  guarded([&] {
+    populations(basis, natom, zat, zel, nbasis, S, rho, charge, spin,
+                norvik::properties::Partition::mulliken, "Mulliken");
+  });
+}
+
+NORVIK_API void LOWDIN(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                       const norvik_int* zel, const norvik_int* nbasis, const double* S,
+                       const double* rho, double* charge, double* spin) {
+  guarded([&] {
+    populations(basis, natom, zat, zel, nbasis, S, rho, charge, spin,
+                norvik::properties::Partition::lowdin, "Lowdin");
+  });
+}
+
+NORVIK_API void WRITE_POPULATION(const char* kind, const norvik_int* natom, const norvik_int* zel,
+                                 const double* charge, const char* report) {
+  guarded([&] { write_populations(kind, natom, zel, charge, false, report); });
+}
+
+NORVIK_API void WRITE_SPINDENSITY(const char* kind, const norvik_int* natom, const norvik_int* zel,
+                                  const double* spin, const char* report) {
+  guarded([&] { write_populations(kind, natom, zel, spin, true, report); });
+}
+
+}  // extern "C"

@@ -1,12 +1,14 @@
 #include "report/property_sections.h"
 
 #include <cmath>
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "common/constants.h"
 #include "common/fortran_format.h"
 #include "report/values.h"
+#include "setup/elements.h"
 
 namespace norvik::report {
 
@@ -52,6 +54,26 @@ Lines polarizability(const std::array<double, 9>& alpha) {
   lines.push_back(format("(A,F12.6,A,F12.6,A)",
                          {text("#  Anisotropy Dalpha = "), cleaned6(aniso), text(" [A**3] ="),
                           cleaned6(aniso / bohr3), text(" [bohr**3]")}));
+  return lines;
+}
+
+Lines populations(std::string_view kind, std::span<const int> elements,
+                  std::span<const double> values, bool spin) {
+  Lines lines{"#",
+              std::string("#  ") + std::string(kind) +
+                  (spin ? " spin populations (alpha - beta)" : " atomic charges [e]"),
+              spin ? "#  Atom          Spin" : "#  Atom        Charge"};
+  double sum = 0.0;
+  for (std::size_t a = 0; a < values.size(); ++a) {
+    const double v = std::abs(values[a]) < 5e-7 ? 0.0 : values[a];
+    sum += values[a];
+    lines.push_back(fortran::format(
+        "(A,I4,1X,A2,F12.6)",
+        {fortran::Value(std::string_view("#  ")), fortran::Value(static_cast<std::int64_t>(a + 1)),
+         fortran::Value(std::string_view(setup::z_to_symbol(elements[a]))), v}));
+  }
+  lines.push_back(fortran::format("(A,F12.6)", {fortran::Value(std::string_view("#  Sum    ")),
+                                                std::abs(sum) < 5e-7 ? 0.0 : sum}));
   return lines;
 }
 

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <array>
+#include <span>
+#include <string_view>
 
 #include "report/sections.h"
 
@@ -14,6 +16,12 @@ namespace norvik::report {
 // (trace / 3) and its anisotropy
 // Δα = sqrt(½[(αxx−αyy)² + (αyy−αzz)² + (αzz−αxx)² + 6(αxy² + αyz² + αzx²)]).
 Lines polarizability(const std::array<double, 9>& alpha);
+
+// Atomic charges [e] (or spin populations, `spin`) of a population analysis
+// named `kind` ("Mulliken", "Lowdin"): one line per atom with its element, and
+// their sum.
+Lines populations(std::string_view kind, std::span<const int> elements,
+                  std::span<const double> values, bool spin);
 
 // The isotropic value and the anisotropy of a tensor, in its own unit.
 double isotropic(const std::array<double, 9>& alpha);
