@@ -66,11 +66,8 @@ HessianInput hessian_input(const char* basis, const norvik_int* natom, const nor
   in.charges.assign(zat, zat + na);
   in.elements.assign(zel, zel + na);
   in.positions.assign(pos, pos + 3 * na);
-  const int n = scf::basis_size(in.basis, in.elements);
-  if (n != *nbasis) {
-    throw norvik::Error(norvik::fortran::list_directed(
-        {std::string("Wrong nbasis in ") + routine + ".", std::int64_t{*nbasis}, std::int64_t{n}}));
-  }
+  const int n =
+      abi::checked_nbasis(in.basis, {in.charges, in.elements, in.positions}, *nbasis, routine);
   if (*npoint != 2 && *npoint != 4) wrong("npoint", routine, *npoint);
   in.job.basis = in.basis;
   in.job.memory_gb = *ramlimit;

@@ -18,6 +18,7 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
   struct State {
     scf::JobControl job;
     std::string basis;
+    basis::BasisSet functions;
     scf::ScfControl control;
     std::vector<int> charges, elements;
     scf::PointSettings settings;
@@ -28,6 +29,7 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
   s->basis = std::string(job.basis);
   s->job = job;
   s->job.basis = s->basis;
+  s->functions = basis::make_basis(s->basis, molecule.elements);
   s->control = control;
   s->charges.assign(molecule.charges.begin(), molecule.charges.end());
   s->elements.assign(molecule.elements.begin(), molecule.elements.end());
@@ -46,17 +48,17 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
   return [s](std::span<const double> x) {
     const scf::MoleculeView moved{s->charges, s->elements, x};
     std::copy(s->start.begin(), s->start.end(), s->rho.begin());
-    const scf::SinglePointResult r =
-        scf::single_point(s->job, s->control, moved, s->settings, s->rho, s->orbitals);
+    const scf::SinglePointResult r = scf::compute_point(s->functions, s->job, s->control, moved,
+                                                        s->settings, s->rho, s->orbitals);
     DisplacedPoint p;
     p.gradient = scf::point_gradient(s->job, moved, s->settings.counts, s->rho, s->orbitals,
                                      s->settings.kohn_sham);
     for (std::size_t k = 0; k < 3; ++k) p.dipole[k] = r.dipole[k];
     if (s->polarizability) {
       // The coupled-perturbed polarisability in Å³ (e·Å²/V times E_h·a0).
-      const std::array<double, 9> alpha = properties::static_polarizability(
-          basis::make_basis(s->job.basis, s->elements), s->job, moved, s->settings.counts, s->rho,
-          s->orbitals, s->settings.kohn_sham);
+      const std::array<double, 9> alpha =
+          properties::static_polarizability(s->functions, s->job, moved, s->settings.counts, s->rho,
+                                            s->orbitals, s->settings.kohn_sham);
       const double volume = constants::kHartreeEv * constants::kBohrAngstrom;
       for (std::size_t k = 0; k < 9; ++k) p.polarizability[k] = alpha[k] * volume;
     }

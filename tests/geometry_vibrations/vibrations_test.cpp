@@ -97,10 +97,10 @@ TEST(VibrationReport, SectionsByteForByte) {
             "#                 1x          1y          1z          2x          2y          2z");
   EXPECT_EQ(hess[3],
             "#     1x   -17.50000   -11.50000    -5.50000     0.50000     6.50000    12.50000");
-  const auto spec =
+  const auto table =
       report::spectrum(std::vector<double>{0.0, 1.0}, std::vector<double>{1e-3, 2.5}, "km/mol");
-  EXPECT_EQ(spec[0], "# wavenumber [cm-1]   intensity [km/mol/cm-1]");
-  EXPECT_EQ(spec[2], "       1.000    2.50000000E+00");
+  EXPECT_EQ(table[0], "# wavenumber [cm-1]   intensity [km/mol/cm-1]");
+  EXPECT_EQ(table[2], "       1.000    2.50000000E+00");
 }
 
 }  // namespace

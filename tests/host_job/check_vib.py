@@ -20,13 +20,10 @@ DATA = os.path.join(HERE, "..", "references", "data")
 
 
 def reference(table, name):
-    with open(os.path.join(DATA, table)) as f:
-        rows = [l.rstrip("\n").split("\t") for l in f if not l.startswith("#")]
-    head = rows[0]
-    for r in rows[1:]:
-        if r[0] == name:
-            return dict(zip(head, r))
-    sys.exit(f"no row {name} in {table}")
+    row = reference_row(table, name)
+    if row is None:
+        sys.exit(f"no row {name} in {table}")
+    return row
 
 
 def reference_row(table, name):
