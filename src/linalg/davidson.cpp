@@ -41,9 +41,11 @@ DavidsonResult davidson_lowest(std::span<const double> diagonal, const BlockProd
                                const DavidsonOptions& options, std::span<const double> guesses) {
   const std::size_t n = diagonal.size();
   DavidsonResult result;
-  const std::size_t k =
+  const std::size_t wanted =
       std::min<std::size_t>(static_cast<std::size_t>(std::max(options.roots, 0)), n);
-  if (k == 0) {
+  const std::size_t k = std::min(
+      n, wanted + (wanted > 0 ? static_cast<std::size_t>(std::max(options.extra_roots, 0)) : 0));
+  if (wanted == 0) {
     result.converged = true;
     return result;
   }
@@ -73,6 +75,13 @@ DavidsonResult davidson_lowest(std::span<const double> diagonal, const BlockProd
     for (std::size_t c = 0; c < count; ++c) {
       fresh.emplace_back(n, 0.0);
       fresh.back()[order[c]] = 1.0;
+    }
+    if (count < n) {
+      // Deterministic components of irregular size and sign.
+      fresh.emplace_back(n);
+      for (std::size_t e = 0; e < n; ++e) {
+        fresh.back()[e] = std::sin(1.0 + 0.7548776662 * static_cast<double>(e) * (e % 7 + 1));
+      }
     }
   }
 
@@ -127,7 +136,7 @@ DavidsonResult davidson_lowest(std::span<const double> diagonal, const BlockProd
       throw std::runtime_error("davidson_lowest: the subspace eigenproblem failed");
     }
     const std::size_t roots = std::min(k, m);
-    bool all = roots == k;
+    bool all = roots >= wanted;
     for (std::size_t r = 0; r < roots; ++r) {
       std::fill(ritz[r].begin(), ritz[r].end(), 0.0);
       std::fill(residual[r].begin(), residual[r].end(), 0.0);
@@ -141,7 +150,7 @@ DavidsonResult davidson_lowest(std::span<const double> diagonal, const BlockProd
       for (std::size_t e = 0; e < n; ++e) residual[r][e] -= values[r] * ritz[r][e];
       result.residuals[r] = std::sqrt(dot(residual[r], residual[r]));
       if (result.residuals[r] > options.tolerance) {
-        all = false;
+        if (r < wanted) all = false;
         // The diagonal preconditioner, kept away from a zero denominator.
         Vector t(n);
         for (std::size_t e = 0; e < n; ++e) {
@@ -176,7 +185,7 @@ DavidsonResult davidson_lowest(std::span<const double> diagonal, const BlockProd
     }
   }
 
-  const std::size_t roots = std::min(k, v.size());
+  const std::size_t roots = std::min(wanted, v.size());
   result.values.assign(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(roots));
   result.vectors.assign(n * roots, 0.0);
   for (std::size_t r = 0; r < roots; ++r) {

@@ -23,8 +23,12 @@ struct DavidsonOptions {
   // this (v of unit length).
   double tolerance = 1e-6;
   int max_iterations = 100;
-  // Guess vectors beyond `roots` (the unit vectors of the next-lowest diagonal
-  // elements): they catch roots that the first guesses do not couple to.
+  // Roots followed beyond `roots` (refined, but not waited for): a root of a
+  // symmetry that the first guesses miss enters the subspace through them.
+  int extra_roots = 3;
+  // Guess vectors beyond the followed roots (the unit vectors of the
+  // next-lowest diagonal elements), and one vector with a component on every
+  // unknown, which couples to every symmetry of the operator.
   int extra_guesses = 4;
   // The subspace collapses onto the current Ritz vectors when it would grow
   // beyond this many vectors; 0 chooses max(20·roots, 40).

@@ -221,3 +221,12 @@ if(NORVIK_OPT_PYTHON)
     endforeach()
   endforeach()
 endif()
+
+# The stability check and its restart: stretched H2 leaves its unstable RHF
+# solution for the broken-symmetry UHF one, against Psi4's UHF energy from a mixed
+# guess (stability_uhf.tsv).
+file(STRINGS ${ref_data}/stability_uhf.tsv stability_rows REGEX "^h2_stretched\t")
+string(REPLACE "\t" ";" cols "${stability_rows}")
+list(GET cols 2 energy)
+host_job(stability.h2_stretched ${ref_data}/stability/h2_stretched.mol tight.par ${energy}
+         -DSTABILITY=ON)
