@@ -100,9 +100,9 @@ Lines orbital_table(std::string_view heading, const FunctionNames& names, int nb
     lines.push_back(format("(A," + cols + "F12.6)", occupied));
     for (std::size_t mu = 0; mu < n; ++mu) {
       const auto a = static_cast<std::size_t>(names.atom_of[mu]);
+      const std::string symbol = setup::z_to_symbol(names.elements[a]);  // outlives the row
       std::vector<fortran::Value> row{text("#  "), integer(static_cast<long long>(a + 1)),
-                                      text(setup::z_to_symbol(names.elements[a])),
-                                      text(names.labels[mu])};
+                                      text(symbol), text(names.labels[mu])};
       for (int i = block; i < end; ++i)
         row.push_back(cleaned6(coefficients[mu + n * static_cast<std::size_t>(i)]));
       lines.push_back(format("(A,I4,1X,A2,1X,A7," + cols + "F12.6)", row));

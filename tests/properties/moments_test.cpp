@@ -139,6 +139,27 @@ TEST(Moments, ReportSections) {
   EXPECT_EQ(p[2], "#  Atom        Shell   Electrons        Spin");
   EXPECT_EQ(p[4], "#     1 O        2sp    6.500000    0.750000");
   EXPECT_EQ(p[6], "#  Sum                  9.000000    0.500000");
+
+  // Two functions, two orbitals, one occupied: the names, level, occupation and
+  // coefficient rows.
+  const std::vector<int> fn_atom = {0, 1};
+  const std::vector<std::string> fn_labels = {"1s", "1s"};
+  const report::FunctionNames names{fn_atom, elements, fn_labels};
+  const std::vector<double> orbitals = {0.55, 0.62, 1.21, -1.08, -17.25, 4.5};
+  const auto t =
+      report::orbital_table("Orbitals around the gap", names, 2, orbitals, 0, 2, 1, 2.0, true);
+  const std::vector<std::string> expected = {
+      "#",
+      "#  Orbitals around the gap",
+      "#",
+      "#                            1           2",
+      "#                         HOMO        LUMO",
+      "#  Energy [eV]      -17.250000    4.500000",
+      "#  Occupation         2.000000    0.000000",
+      "#     1 O       1s    0.550000    1.210000",
+      "#     2 H       1s    0.620000   -1.080000",
+  };
+  EXPECT_EQ(t, expected);
 }
 
 }  // namespace
