@@ -48,10 +48,12 @@ TEST(SecondMoments, SinglePrimitivesHaveTheirClosedForms) {
     EXPECT_NEAR(ms[q][0], expected, 1e-13) << q;
   }
   const Six mp = moments(p, {{0.0, 0.0, 0.0}}, {0.0, 0.0, 0.0});
-  EXPECT_NEAR(mp[0][0], 0.75 / alpha, 1e-13);          // <px|xx|px>
-  EXPECT_NEAR(mp[3][0], 0.25 / alpha, 1e-13);          // <px|yy|px>
-  EXPECT_NEAR(mp[1][0 + 3 * 1], 0.25 / alpha, 1e-13);  // <px|xy|py>
-  EXPECT_NEAR(mp[0][0 + 3 * 1], 0.0, 1e-14);           // <px|xx|py>
+  // The p slots are y, z, x.
+  const int y = 0, x = 2;
+  EXPECT_NEAR(mp[0][x + 3 * x], 0.75 / alpha, 1e-13);  // <px|xx|px>
+  EXPECT_NEAR(mp[3][x + 3 * x], 0.25 / alpha, 1e-13);  // <px|yy|px>
+  EXPECT_NEAR(mp[1][x + 3 * y], 0.25 / alpha, 1e-13);  // <px|xy|py>
+  EXPECT_NEAR(mp[0][x + 3 * y], 0.0, 1e-14);           // <px|xx|py>
 }
 
 TEST(SecondMoments, MoveWithTheOriginAsOverlapAndPositionIntegralsSay) {
