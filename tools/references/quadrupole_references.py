@@ -15,6 +15,7 @@ centre of nuclear charge c with the dipole: for a neutral molecule
 Q_ij(c) = Q_ij(0) - mu_i c_j - c_i mu_j.
 """
 import os
+import tempfile
 
 import vibration_references as vr
 import gradient_references as gr
@@ -59,7 +60,9 @@ def moments(name):
 
 
 def main():
-    out = os.path.join(vr.DATA, "quadrupoles.tsv")
+    out = os.path.abspath(os.path.join(vr.DATA, "quadrupoles.tsv"))
+    # Psi4 leaves timer.dat in its working folder: keep it out of the worktree.
+    os.chdir(tempfile.mkdtemp(prefix="norvik_quadrupoles_"))
     lines = ["# Psi4 1.3.2 quadrupole moments (oeprop QUADRUPOLE, properties_origin "
              "NUCLEAR_CHARGE) of RHF/UHF 6-31G* at the geometries of populations.tsv, SCF to "
              "1e-10: the traced moment Q_ij = sum q r_i r_j [e*A^2] about the centre of nuclear "
