@@ -115,6 +115,11 @@ TEST(Moments, ShellAndFunctionLabels) {
   EXPECT_EQ(functions[13], "3dx2-y2");
   EXPECT_EQ(functions[14], "1s");  // five d functions: H starts at 14
   EXPECT_EQ(functions.back(), "2px");
+  // The Cartesian set adds the x² + y² + z² companion as the sixth d function.
+  const std::vector<std::string> cartesian =
+      basis::function_labels(basis::make_basis("6-31GxC", std::vector<int>{8}));
+  ASSERT_EQ(cartesian.size(), 15u);
+  EXPECT_EQ(cartesian[14], "3dr2");
 }
 
 TEST(Moments, ReportSections) {
