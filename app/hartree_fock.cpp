@@ -6,25 +6,26 @@
 #include <vector>
 
 #include "norvik.h"
+#include "plots.h"
 
 namespace host {
+
+ShellCount basis_size(const Job& job) {
+  ShellCount count;
+  for (int a = 0; a < job.natom; ++a) {
+    norvik_int nshell = 0, nfunc = 0;
+    norvik_int kinds[9] = {};
+    ZATMNSHL(job.basis.data(), &job.zel[a], &nshell, kinds, &nfunc);
+    count.functions += nfunc;
+    count.shells += nshell;
+  }
+  return count;
+}
 
 namespace {
 
 void stamp(const char* text) {
   TIMESTAMP(padded(text, 40).data());
-}
-
-// The number of basis functions of the molecule, from each atom's shell layout.
-int basis_size(const Job& job) {
-  int nbasis = 0;
-  for (int a = 0; a < job.natom; ++a) {
-    norvik_int nshell = 0, nfunc = 0;
-    norvik_int kinds[9] = {};
-    ZATMNSHL(job.basis.data(), &job.zel[a], &nshell, kinds, &nfunc);
-    nbasis += nfunc;
-  }
-  return nbasis;
 }
 
 // Where the molecule's SCF starts: 1, the superposed free atoms, which land
@@ -133,7 +134,7 @@ OptimisationResult run_optimisation(Job& job, norvik_int n, const std::vector<do
 PointResult run_hartree_fock(Job& job) {
   PointResult result;
   const char* report = job.report_file.data();
-  const norvik_int n = basis_size(job);
+  const norvik_int n = basis_size(job).functions;
   const auto nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
   result.nbasis = n;
 
@@ -205,8 +206,9 @@ PointResult run_hartree_fock(Job& job) {
   WRITE_EDM(result.dipole, report);
   // Population analysis (record 14): Mulliken, Lowdin or both.
   const std::string population = trimmed(job.population);
+  // "shells" asks for both, each with its table per shell.
   for (const char* kind : {"Mulliken", "Lowdin"}) {
-    if (population != kind && population != "both") continue;
+    if (population != kind && population != "both" && population != "shells") continue;
     std::vector<double> charge(job.natom), spin(job.natom);
     (std::string(kind) == "Mulliken" ? MULLIKEN : LOWDIN)(
         job.basis.data(), &job.natom, job.zat.data(), job.zel.data(), &n, S.data(), rho.data(),
@@ -216,7 +218,26 @@ PointResult run_hartree_fock(Job& job) {
     if (open) {
       WRITE_SPINDENSITY(label.data(), &job.natom, job.zel.data(), spin.data(), report);
     }
+    if (population == "shells") {
+      const norvik_int nshell = basis_size(job).shells;
+      std::vector<double> electrons(static_cast<std::size_t>(nshell)), shell_spin(electrons);
+      (std::string(kind) == "Mulliken" ? MULLIKEN_SHELLS : LOWDIN_SHELLS)(
+          job.basis.data(), &job.natom, job.zat.data(), job.zel.data(), &n, S.data(), rho.data(),
+          &nshell, electrons.data(), shell_spin.data());
+      WRITE_POPULATION_SHELL(label.data(), job.basis.data(), &job.natom, job.zel.data(), &nshell,
+                             electrons.data(), shell_spin.data(), report);
+    }
   }
+  // The quadrupole moment with the populations, the orbitals (--orbitals) and
+  // the cube files (--cube).
+  if (population != "none" && !population.empty()) {
+    double theta[9] = {};
+    QUADRAPOLE(job.basis.data(), &job.natom, job.zat.data(), job.zel.data(), job.pos.data(), &n,
+               rho.data(), theta);
+    WRITE_EQM(theta, report);
+  }
+  write_orbital_tables(job, n, northo, orbitals);
+  write_cubes(job, n, rho, orbitals);
   // A Kohn–Sham SCF that did not settle gets the caution box.
   if (job.kohn_sham && !result.converged) WRITE_CAUTION(report);
   // The vibrational analysis and thermochemistry of the converged point.

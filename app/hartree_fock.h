@@ -51,4 +51,12 @@ struct PointResult {
 // report sections and the run log; returns the molecular energy and dipole.
 PointResult run_hartree_fock(Job& job);
 
+// The basis functions and shells of the job's molecule, from each atom's shell
+// layout.
+struct ShellCount {
+  norvik_int functions = 0;
+  norvik_int shells = 0;
+};
+ShellCount basis_size(const Job& job);
+
 }  // namespace host

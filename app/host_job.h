@@ -26,6 +26,13 @@ std::string padded(const std::string& text, int n);
 // The text of a blank-padded buffer with its trailing blanks removed.
 std::string trimmed(const std::string& buffer);
 
+// One cube file of the job (--cube): what the user asked for ("homo-1"), and
+// where the library writes it.
+struct CubeFile {
+  std::string what;
+  std::string path;
+};
+
 struct Job {
   std::string molecule_file;                       // padded to kPathLength
   std::string parameter_file;                      // padded; blank = built-in settings
@@ -75,6 +82,14 @@ struct Job {
   int natom = 0, nghost = 0;
   std::vector<int> zat, zel;
   std::vector<double> pos;  // (3, natom), angstrom
+
+  // Pictures of the wave function (plots.h): the orbital tables of the report
+  // (--orbitals: 0 none, 1 around the gap, 2 all) and the cube files (--cube)
+  // on a box of this step [Å] and at most this many points.
+  int orbital_tables = 0;
+  std::vector<CubeFile> cubes;
+  double cube_step = 0.1;
+  long cube_max_points = 1000000;
 };
 
 // The built-in settings of a Kohn-Sham job, in place of the Hartree-Fock ones.

@@ -662,8 +662,8 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
       facts.start_density = trim_blanks(r->values[0].text);
     }
   }
-  static constexpr std::array<std::string_view, 4> kPopulation = {"none", "Mulliken", "Lowdin",
-                                                                  "both"};
+  static constexpr std::array<std::string_view, 5> kPopulation = {"none", "Mulliken", "Lowdin",
+                                                                  "both", "shells"};
   if (auto r = c.record("population analysis", {Kind::text})) {
     check_keyword(c, r->values[0], "population analysis", kPopulation, true);
   }

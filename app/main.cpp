@@ -21,6 +21,7 @@
 #include "job_process.h"
 #include "norvik.h"
 #include "output_files.h"
+#include "plots.h"
 
 namespace {
 
@@ -44,6 +45,8 @@ constexpr std::size_t kMaxProblemsShown = 20;
 void usage(std::ostream& out) {
   out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
          "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense] [--stability]\n"
+         "                  [--orbitals [all]] [--cube WHAT[,WHAT...]] [--cube-prefix PREFIX]\n"
+         "                  [--cube-step STEP] [--cube-points N]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -61,6 +64,15 @@ void usage(std::ostream& out) {
          "                  the orbital Hessian in the report); when it is not, restart the\n"
          "                  SCF along the unstable rotation until a lower, stable solution\n"
          "                  (after an optimisation: the check only)\n"
+         "  --orbitals      orbital energies and LCAO coefficients from HOMO-4 to LUMO+4 in\n"
+         "                  the report; --orbitals all: every orbital\n"
+         "  --cube WHAT     Gaussian cube files PREFIX.WHAT.cube of homo, lumo, homo-K, lumo+K,\n"
+         "                  an orbital number, density or spin (alpha orbitals of an open\n"
+         "                  shell); a box 4 A beyond the atoms in steps of 0.1 A\n"
+         "  --cube-prefix PREFIX  default: the molecule file's name without its extension\n"
+         "  --cube-step STEP      grid step [A] (default 0.1)\n"
+         "  --cube-points N       most grid points of a cube (default 1000000); a larger\n"
+         "                  box gets a wider step\n"
          "\n"
          "The host checks both input files before the job starts.  The job writes the\n"
          "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
@@ -101,7 +113,28 @@ struct Request {
   bool has_parameter_file = false;
   int grid_level = 0;  // Kohn-Sham grid: 0 standard, 1 dense
   bool stability = false;
+  int orbital_tables = 0;  // --orbitals: 0 none, 1 around the gap, 2 all
+  std::vector<std::string> cubes;
+  std::string cube_prefix;
+  double cube_step = host::kCubeStep;
+  long cube_max_points = host::kCubeMaxPoints;
 };
+
+// A positive number of an option, or the end of the run with the problem.
+double positive_number(const std::string& option, const std::string& text, double most) {
+  std::size_t used = 0;
+  double v = 0.0;
+  try {
+    v = std::stod(text, &used);
+  } catch (const std::exception&) {
+    used = 0;
+  }
+  if (used != text.size() || !(v > 0.0) || v > most) {
+    fail(option + " " + text + ": give a number above 0 and at most " +
+         std::to_string(static_cast<long>(most)));
+  }
+  return v;
+}
 
 // How the molecule's SCF ended, on standard output; the exit status.
 int verdict(const host::Job& job, const host::PointResult& point) {
@@ -147,11 +180,24 @@ int run_job(const Request& request, const host::InputFacts& facts,
     if (out.what == "normal modes (molden)") job.modes_molden_file = out.partial;
     if (out.what == "infrared spectrum") job.infrared_file = out.partial;
     if (out.what == "Raman spectrum") job.raman_file = out.partial;
+    if (out.what.rfind("cube ", 0) == 0) job.cubes.push_back({out.what.substr(5), out.partial});
   }
   job.grid_level = request.grid_level;
   job.stability = request.stability;
+  job.orbital_tables = request.orbital_tables;
+  job.cube_step = request.cube_step;
+  job.cube_max_points = request.cube_max_points;
 
   host::setup(job);
+  // The orbitals asked for must exist before the SCF is spent on them.
+  for (const host::CubeFile& cube : job.cubes) {
+    const host::CubeTarget target =
+        host::cube_target(cube.what, job.nalpha, host::basis_size(job).functions);
+    if (!target.problem.empty()) {
+      std::cerr << "norvik: " << target.problem << '\n';
+      return kUsageError;
+    }
+  }
   if (job.threads > 0) omp_set_num_threads(job.threads);
   host::write_header(job);
   std::cout << "norvik: " << host::trimmed(job.theory) << " / " << host::trimmed(job.basis)
@@ -230,6 +276,30 @@ Request parse(const std::vector<std::string>& args) {
       request.grid_level = level == "dense" ? 1 : 0;
     } else if (a == "--stability") {
       request.stability = true;
+    } else if (a == "--orbitals") {
+      request.orbital_tables = 1;
+      if (i + 1 < args.size() && args[i + 1] == "all") {
+        request.orbital_tables = 2;
+        ++i;
+      }
+    } else if (a == "--cube") {
+      if (i + 1 == args.size()) fail("--cube needs a list, such as homo,lumo,density");
+      std::vector<std::string> problems;
+      request.cubes = host::cube_requests(args[++i], problems);
+      if (!problems.empty()) fail(problems);
+    } else if (a == "--cube-prefix") {
+      if (i + 1 == args.size()) fail(a + " needs a name prefix");
+      request.cube_prefix = args[++i];
+    } else if (a == "--cube-step" || a == "--cube-points") {
+      if (i + 1 == args.size()) fail(a + " needs a number");
+      const double v = positive_number(a, args[++i], a == "--cube-step" ? 10.0 : 1.0e8);
+      if (a == "--cube-step") {
+        request.cube_step = v;
+      } else if (v < 8.0 || v != std::floor(v)) {
+        fail(a + " " + args[i] + ": give a whole number of points, at least 8");
+      } else {
+        request.cube_max_points = static_cast<long>(v);
+      }
     } else if (a == "-h" || a == "--help") {
       usage(std::cout);
       std::exit(kSuccess);
@@ -250,6 +320,7 @@ Request parse(const std::vector<std::string>& args) {
   if (!have_log) request.log = with_extension(request.molecule_file, ".log");
   if (!have_xyz) request.xyz = with_extension(request.molecule_file, ".xyz");
   if (request.vib.empty()) request.vib = with_extension(request.molecule_file, "");
+  if (request.cube_prefix.empty()) request.cube_prefix = with_extension(request.molecule_file, "");
   return request;
 }
 
@@ -270,6 +341,10 @@ int run(const std::vector<std::string>& args) {
   check_name(request.xyz, path_length - host::kPartialSuffixLength, "trajectory");
   check_name(request.vib + ".modes.molden", path_length - host::kPartialSuffixLength,
              "normal-mode file");
+  for (const std::string& what : request.cubes) {
+    check_name(request.cube_prefix + "." + what + ".cube", path_length - host::kPartialSuffixLength,
+               "cube file");
+  }
   if (!problems.empty()) fail(problems);
 
   // The input files: regular, bounded, readable, and what they hold.
@@ -302,6 +377,11 @@ int run(const std::vector<std::string>& args) {
       outputs.push_back(host::output_file("Raman spectrum", "--vib", request.vib + ".raman.dat"));
     }
   }
+  // Cube files, one per request.
+  for (const std::string& what : request.cubes) {
+    outputs.push_back(
+        host::output_file("cube " + what, "--cube", request.cube_prefix + "." + what + ".cube"));
+  }
   problems = host::output_problems(outputs, inputs);
   if (!problems.empty()) fail(problems);
   if (const std::string problem = host::start_partials(outputs); !problem.empty()) fail(problem);
@@ -321,6 +401,10 @@ int run(const std::vector<std::string>& args) {
     return end.status;
   }
 
+  if (end.exited && end.status == kUsageError) {
+    std::cerr << "norvik: nothing was computed\n" << note;
+    return kUsageError;
+  }
   if (end.exited) {
     std::cerr << "norvik: the library stopped the job (exit status " << end.status << ")";
   } else {

@@ -107,6 +107,88 @@ NORVIK_API void WRITE_INSTABILITY_HF(const norvik_bool* restricted, const norvik
                                      const double* values, const char* report);
 NORVIK_API void WRITE_INSTABILITY_KS(const norvik_bool* restricted, const norvik_int* nroots,
                                      const double* values, const char* report);
+/* ---- the quadrupole, populations per shell, orbitals in the report, cube files ----
+ * (docs/populations.md, docs/cube.md, docs/report.md)
+ *
+ * QUADRAPOLE(basis, natom, zat, zel, pos, nbasis, rho, theta): the traceless
+ * electric quadrupole of a converged point, nuclei and electrons, about the
+ * centre of nuclear charge sum Z_A R_A / sum Z_A:  1 basis (in, 20 chars);
+ * 2 natom;  3 zat (nuclear charges, 0 a ghost);  4 zel (elements);  5 pos (in,
+ * (3, natom) A);  6 nbasis (in, must equal the basis size);  7 rho (in, (n, n, 2));
+ * 8 theta (out, (3, 3) e*A^2, symmetric): Theta_ij = sum q (3 r_i r_j - r^2
+ * delta_ij) / 2 (Buckingham's convention; 1 e*A^2 = 4.8032047 buckingham).  A wrong
+ * nbasis stops with "Wrong nbasis in Quadrapole." and both numbers. */
+NORVIK_API void QUADRAPOLE(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                           const norvik_int* zel, const double* pos, const norvik_int* nbasis,
+                           const double* rho, double* theta);
+/* The quadrupole section of the report: theta (in, (3, 3) e*A^2), report. */
+NORVIK_API void WRITE_EQM(const double* theta, const char* report);
+
+/* Population analysis per shell, the arguments of MULLIKEN and LOWDIN up to rho,
+ * then:  8 nshell (in, the shells of the basis on these atoms: the sum of ZATMNSHL's
+ * nshell over the atoms);  9 electrons (out, nshell: the shell's alpha + beta
+ * electrons);  10 spin (out, nshell: its alpha - beta electrons).  Shells in the
+ * order of MAKEBASIS, atom by atom; the shells of an atom sum to its electrons.
+ * A wrong nshell stops with "Wrong nshell in Mulliken_shells." ("Lowdin_shells.")
+ * and both numbers. */
+NORVIK_API void MULLIKEN_SHELLS(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                                const norvik_int* zel, const norvik_int* nbasis, const double* S,
+                                const double* rho, const norvik_int* nshell, double* electrons,
+                                double* spin);
+NORVIK_API void LOWDIN_SHELLS(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                              const norvik_int* zel, const norvik_int* nbasis, const double* S,
+                              const double* rho, const norvik_int* nshell, double* electrons,
+                              double* spin);
+/* The shell table of a population analysis: kind (in, 20 chars, the heading's
+ * name); basis (in, 20 chars: the shells are labelled "1s", "2sp", "3d" from it);
+ * natom; zel; nshell; electrons, spin (in, nshell, as the _SHELLS routines give
+ * them); report. */
+NORVIK_API void WRITE_POPULATION_SHELL(const char* kind, const char* basis, const norvik_int* natom,
+                                       const norvik_int* zel, const norvik_int* nshell,
+                                       const double* electrons, const double* spin,
+                                       const char* report);
+
+/* The orbitals in the report: basis (in, 20 chars);  natom;  zel;  nbasis;  norb (in,
+ * 1 ... nbasis: the orbitals that the orthogonalisation kept, SCF_1POINT's northo);
+ * nalpha, nbeta (in, occupied orbitals per spin);  orbitals (in, (n, n+1, 2) as
+ * SCF_1POINT returns them);  report.  Energies [eV] and LCAO coefficients in tables
+ * of five orbitals, one line per basis function labelled atom, element and function
+ * ("   1 O     2px").  WRITE_WAVES writes HOMO-4 ... LUMO+4 of each spin, WRITE_LCAOHF
+ * all norb orbitals; a point whose two spin blocks are equal gets one table.  A
+ * wrong norb stops with "Wrong norb in Write_waves." ("Write_lcaohf.") and it. */
+NORVIK_API void WRITE_WAVES(const char* basis, const norvik_int* natom, const norvik_int* zel,
+                            const norvik_int* nbasis, const norvik_int* norb,
+                            const norvik_int* nalpha, const norvik_int* nbeta,
+                            const double* orbitals, const char* report);
+NORVIK_API void WRITE_LCAOHF(const char* basis, const norvik_int* natom, const norvik_int* zel,
+                             const norvik_int* nbasis, const norvik_int* norb,
+                             const norvik_int* nalpha, const norvik_int* nbeta,
+                             const double* orbitals, const char* report);
+
+/* A Gaussian cube file of a converged point (docs/cube.md):  1 file (in, 120 chars;
+ * written anew);  2 what (in: k >= 1 orbital k, 0 the total density, -1 the spin
+ * density alpha - beta);  3 spin (in, 1 alpha or 2 beta: the orbital's spin, read
+ * for what >= 1);  4 origin (in, 3, A: the first grid point);  5 step (in, 3, A:
+ * the grid step along x, y, z);  6 counts (in, 3: points along x, y, z);  7 title
+ * (in, 20 chars: the first line of the file);  8 basis (in, 20 chars);  9 natom;
+ * 10 zat;  11 zel;  12 pos (in, (3, natom) A);  13 nbasis;  14 rho (in, (n, n, 2),
+ * read for a density);  15 orbitals (in, (n, n+1, 2), read for an orbital).  The
+ * file is in bohr with values in bohr^-3/2 (an orbital) or e/bohr^3.  Stops with
+ * "Wrong nbasis in Cube_export.", "Wrong orbital in Cube_export.", "Wrong spin in
+ * Cube_export." or "Wrong grid counts in Cube_export." and the value. */
+NORVIK_API void CUBE_EXPORT(const char* file, const norvik_int* what, const norvik_int* spin,
+                            const double* origin, const double* step, const norvik_int* counts,
+                            const char* title, const char* basis, const norvik_int* natom,
+                            const norvik_int* zat, const norvik_int* zel, const double* pos,
+                            const norvik_int* nbasis, const double* rho, const double* orbitals);
+/* The cube file of a free atom's density, the atom at the origin:  1 file (in, 120
+ * chars);  2 zel (in, the element);  3 basis (in, 20 chars);  4 nbasis (in, the
+ * atom's basis size);  5 rho (in, (n, n, 2), the atom's density, as ATOMS computes
+ * it);  6 half_width (in, A: the cube spans -half_width ... half_width on each
+ * axis);  7 npoint (in, >= 2: points per axis). */
+NORVIK_API void PLOT_ATOM(const char* file, const norvik_int* zel, const char* basis,
+                          const norvik_int* nbasis, const double* rho, const double* half_width,
+                          const norvik_int* npoint);
 
 NORVIK_EXTERN_C_END
 

@@ -37,23 +37,18 @@ Matrix square_root(std::span<const double> s, Index n) {
 
 }  // namespace
 
-AtomPopulations atom_populations(const basis::BasisSet& basis, std::span<const int> charges,
-                                 std::span<const double> s, std::span<const double> rho,
-                                 Partition partition) {
+namespace {
+
+// The electrons of each basis function and spin: the diagonal of (P_σ S) or of
+// (S^½ P_σ S^½), (n, 2).
+std::vector<double> function_electrons(const basis::BasisSet& basis, std::span<const double> s,
+                                       std::span<const double> rho, Partition partition) {
   const Index n = basis.nbasis();
   const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
   if (s.size() < nn || rho.size() < 2 * nn) throw std::invalid_argument("populations: sizes");
-  std::vector<int> atom_of;
-  for (const basis::Shell& shell : basis.shells)
-    for (int f = 0; f < shell.kind; ++f) atom_of.push_back(shell.atom);
-  const std::size_t natom = charges.size();
-  AtomPopulations out;
-  out.charge.assign(natom, 0.0);
-  out.spin.assign(natom, 0.0);
-  for (std::size_t a = 0; a < natom; ++a) out.charge[a] = charges[a];
-  // The diagonal of (P_σ S) or (S^½ P_σ S^½) per spin.
   Matrix root;
   if (partition == Partition::lowdin) root = square_root(s, n);
+  std::vector<double> out(2 * static_cast<std::size_t>(n));
   for (int spin = 0; spin < 2; ++spin) {
     const double* p = rho.data() + static_cast<std::size_t>(spin) * nn;
     for (Index mu = 0; mu < n; ++mu) {
@@ -69,10 +64,44 @@ AtomPopulations atom_populations(const basis::BasisSet& basis, std::span<const i
           d += root(mu, nu) * t;
         }
       }
-      const auto a = static_cast<std::size_t>(atom_of[static_cast<std::size_t>(mu)]);
-      out.charge[a] -= d;
-      out.spin[a] += spin == 0 ? d : -d;
+      out[static_cast<std::size_t>(mu + n * spin)] = d;
     }
+  }
+  return out;
+}
+
+}  // namespace
+
+AtomPopulations atom_populations(const basis::BasisSet& basis, std::span<const int> charges,
+                                 std::span<const double> s, std::span<const double> rho,
+                                 Partition partition) {
+  const std::size_t natom = charges.size();
+  AtomPopulations out;
+  out.charge.assign(charges.begin(), charges.end());
+  out.spin.assign(natom, 0.0);
+  const ShellPopulations shells = shell_populations(basis, s, rho, partition);
+  for (std::size_t k = 0; k < basis.shells.size(); ++k) {
+    const auto a = static_cast<std::size_t>(basis.shells[k].atom);
+    out.charge[a] -= shells.electrons[k];
+    out.spin[a] += shells.spin[k];
+  }
+  return out;
+}
+
+ShellPopulations shell_populations(const basis::BasisSet& basis, std::span<const double> s,
+                                   std::span<const double> rho, Partition partition) {
+  const std::vector<double> d = function_electrons(basis, s, rho, partition);
+  const std::size_t n = d.size() / 2;
+  ShellPopulations out;
+  std::size_t mu = 0;
+  for (const basis::Shell& shell : basis.shells) {
+    double alpha = 0.0, beta = 0.0;
+    for (int f = 0; f < shell.kind; ++f, ++mu) {
+      alpha += d[mu];
+      beta += d[mu + n];
+    }
+    out.electrons.push_back(alpha + beta);
+    out.spin.push_back(alpha - beta);
   }
   return out;
 }

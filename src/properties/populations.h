@@ -1,6 +1,6 @@
 // Population analysis of a converged density: the electrons that the Mulliken
 // or the Löwdin partition of the basis gives each atom, as net atomic charges
-// and spin populations.
+// and spin populations, and each shell.
 #pragma once
 
 #include <span>
@@ -25,5 +25,13 @@ struct AtomPopulations {
 AtomPopulations atom_populations(const basis::BasisSet& basis, std::span<const int> charges,
                                  std::span<const double> s, std::span<const double> rho,
                                  Partition partition);
+
+// The same partition per shell, in basis order (labels: basis/labels.h).
+struct ShellPopulations {
+  std::vector<double> electrons;  // the shell's α + β electrons
+  std::vector<double> spin;       // its α − β electrons
+};
+ShellPopulations shell_populations(const basis::BasisSet& basis, std::span<const double> s,
+                                   std::span<const double> rho, Partition partition);
 
 }  // namespace norvik::properties

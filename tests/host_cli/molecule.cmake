@@ -73,7 +73,7 @@ variant(optimiser.mol water.mol "steepest descent)\n0\n" "steepest descent)\n3\n
 run(unknown_optimiser STATUS 2 ARGS run optimiser.mol STDERR "record 8 (optimiser): optimiser 3")
 variant(population.mol water.mol "\nnone\n# ghost" "\nmulliken\n# ghost")
 run(population_in_lower_case STATUS 2 ARGS run population.mol
-    STDERR "'mulliken' is not one of none, Mulliken, Lowdin, both")
+    STDERR "'mulliken' is not one of none, Mulliken, Lowdin, both, shells")
 string(FIND "${water}" "# molecular charge" at)
 string(SUBSTRING "${water}" 0 ${at} short)
 file(WRITE ${WORK}/short.mol "${short}")
