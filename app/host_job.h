@@ -72,6 +72,9 @@ struct Job {
   int charge = 0, multiplicity = 1;
   int nalpha = 0, nbeta = 0, norb = 0, nshort = 0;
   int natom = 0, nghost = 0;
+  // A counterpoise job (record 18): fragment A = atoms fragment_first to
+  // fragment_last (record 16, 1-based), fragment B the others.
+  int fragment_first = 0, fragment_last = 0;
   std::vector<int> zat, zel;
   std::vector<double> pos;  // (3, natom), angstrom
 };

@@ -144,6 +144,8 @@ int run_job(const Request& request, const host::InputFacts& facts,
     if (out.what == "Raman spectrum") job.raman_file = out.partial;
   }
   job.grid_level = request.grid_level;
+  job.fragment_first = facts.fragment_first;
+  job.fragment_last = facts.fragment_last;
 
   host::setup(job);
   if (job.threads > 0) omp_set_num_threads(job.threads);

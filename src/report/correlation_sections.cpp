@@ -59,9 +59,11 @@ Lines two_electron_ci(int norb, std::span<const double> ground, std::span<const 
   const std::size_t nconf = static_cast<std::size_t>(norb) * static_cast<std::size_t>(norb + 1) / 2;
   std::vector<std::size_t> order(std::min(nconf, ground.size()));
   std::iota(order.begin(), order.end(), std::size_t{0});
-  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return std::abs(ground[a]) > std::abs(ground[b]);
-  });
+  // By the magnitude as written (six decimals), so that configurations of
+  // degenerate orbitals keep their own order whatever the last bits say.
+  auto written = [&](std::size_t k) { return std::llround(std::abs(ground[k]) * 1e6); };
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t a, std::size_t b) { return written(a) > written(b); });
   constexpr std::size_t kMaxConfigurations = 10;
   constexpr double kSmallest = 0.01;
   for (std::size_t k = 0; k < order.size() && k < kMaxConfigurations; ++k) {
