@@ -100,12 +100,12 @@ NORVIK_API void WRITE_SPINDENSITY(const char* kind, const norvik_int* natom, con
  * stops with the message of SETUP_HF's count, "Counterpoise" in place of
  * "Nelectron"; a bad range with " Invalid counterpoise fragments:", first, last
  * and natom. */
-#define NORVIK_COUNTERPOISE_ARGS                                                                   \
-  const char *method, const char *basis, const norvik_int *natom, const norvik_int *zat,           \
-      const norvik_int *zel, const double *pos, const norvik_int *first, const norvik_int *last,   \
-      const norvik_int *fcharge, const norvik_int *fmult, const norvik_int *niter,                 \
-      const double *damp, const double *thr_ene, const double *thr_rms, const double *ramlimit,    \
-      const double *thr_screen, const double *thr_orth, const double *grid_radius,                 \
+#define NORVIK_COUNTERPOISE_ARGS                                                                 \
+  const char *method, const char *basis, const norvik_int *natom, const norvik_int *zat,         \
+      const norvik_int *zel, const double *pos, const norvik_int *first, const norvik_int *last, \
+      const norvik_int *fcharge, const norvik_int *fmult, const norvik_int *niter,               \
+      const double *damp, const double *thr_ene, const double *thr_rms, const double *ramlimit,  \
+      const double *thr_screen, const double *thr_orth, const double *grid_radius,               \
       const norvik_int *grid_level, double *eown, double *edimer
 NORVIK_API void COUNTERPOISE(NORVIK_COUNTERPOISE_ARGS);
 NORVIK_API void COUNTERPOISE_DIRECT(NORVIK_COUNTERPOISE_ARGS);
@@ -138,10 +138,9 @@ NORVIK_API void WRITE_BSSE(const double* eown, const double* edimer, const doubl
  * numbers. */
 NORVIK_API void FULLCI_2E(const char* basis, const norvik_int* natom, const norvik_int* zat,
                           const norvik_int* zel, const double* pos, const norvik_int* nalpha,
-                          const norvik_int* nbeta, const norvik_int* nbasis,
-                          const double* orbitals, const double* thr_orth,
-                          const norvik_int* nroots, double* esinglet, double* etriplet,
-                          double* ground, norvik_int* norb, double* ehf);
+                          const norvik_int* nbeta, const norvik_int* nbasis, const double* orbitals,
+                          const double* thr_orth, const norvik_int* nroots, double* esinglet,
+                          double* etriplet, double* ground, norvik_int* norb, double* ehf);
 /* The configurations and states of FULLCI_2E: nbasis, norb, ground, nroots,
  * esinglet, etriplet (in, as FULLCI_2E returns them), report.  The leading
  * configurations of the ground state (|c| ≥ 0.01, at most ten) and the lowest
