@@ -33,8 +33,9 @@ constexpr double kFullCiTolerance = 1e-8;  // [hartree]
 // Fragment SCFs converged to 1e-9 eV against Psi4's 1e-10 hartree: the
 // promised agreement of two programs in the same basis.
 constexpr double kHfTolerance = 1e-6;  // [hartree]
-// Kohn–Sham: our dense grid against Psi4's 150 × 974 grid.
-constexpr double kKsTolerance = 1e-5;  // [hartree]
+// Kohn–Sham: our dense grid against Psi4's 150 × 974 grid, which the job.ks_dense
+// host tests hold to 1e-6 hartree (measured here: at most 7e-8).
+constexpr double kKsTolerance = 1e-6;  // [hartree]
 
 std::string data(const std::string& file) {
   return std::string(NORVIK_SOURCE_DIR) + "/tests/references/data/" + file;
