@@ -51,7 +51,8 @@ bool runs_full_ci(const Job& job) {
   return trimmed(job.theory) == "HF" && job.nalpha == 1 && job.nbeta == 1;
 }
 
-double run_full_ci(const Job& job, int nbasis, const std::vector<double>& orbitals) {
+double run_full_ci(const Job& job, int nbasis, const std::vector<double>& orbitals,
+                   double scf_energy) {
   const norvik_int n = nbasis, nroots = kFullCiRoots;
   const double thr_orth = kOrthogonalityThreshold;
   std::vector<double> singlets(kFullCiRoots), triplets(kFullCiRoots);
@@ -63,7 +64,7 @@ double run_full_ci(const Job& job, int nbasis, const std::vector<double>& orbita
             triplets.data(), ground.data(), &norb, &ehf);
   const char* report = job.report_file.data();
   WRITE_H2_CI(&n, &norb, ground.data(), &nroots, singlets.data(), triplets.data(), report);
-  WRITE_ENERGY_CI(&ehf, &singlets[0], report);
+  WRITE_ENERGY_CI(&scf_energy, &singlets[0], report);
   TIMESTAMP(padded("Full CI ok.", 40).data());
   return singlets[0];
 }

@@ -33,7 +33,11 @@ void write_counterpoise(const Job& job, const CounterpoiseResult& result, double
 // A Hartree-Fock job ("HF") with exactly two electrons gets the full CI.
 bool runs_full_ci(const Job& job);
 // FULLCI_2E from the converged point's orbitals, then WRITE_H2_CI and
-// WRITE_ENERGY_CI; returns the full-CI energy [eV].
-double run_full_ci(const Job& job, int nbasis, const std::vector<double>& orbitals);
+// WRITE_ENERGY_CI with the job's SCF energy `scf_energy` [eV] as the
+// Hartree-Fock energy (the full CI does not depend on the orbitals, so a
+// broken-symmetry solution of --stability serves as well: its alpha orbitals
+// span the space); returns the full-CI energy [eV].
+double run_full_ci(const Job& job, int nbasis, const std::vector<double>& orbitals,
+                   double scf_energy);
 
 }  // namespace host

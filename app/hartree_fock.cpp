@@ -178,6 +178,14 @@ PointResult run_hartree_fock(Job& job) {
                &job.grid_level);
     stamp(job.kohn_sham ? "Kohn-Sham exploration ok." : "Hartree-Fock exploration ok.");
   }
+  // The stability of the solution (--stability): after an optimisation the
+  // analysis only, since a restart would leave the optimised geometry behind.
+  if (job.stability && converged) {
+    result.stability =
+        check_stability(job, n, !result.optimisation.has_value(),
+                        {S, rho, orbitals, energy, dipole, xc, result.de_final, northo, in_core,
+                         ncycle, converged, result.rmsd, result.commutator});
+  }
   result.northo = northo;
   result.in_core = in_core == 1;
   result.cycles = ncycle;
@@ -196,7 +204,11 @@ PointResult run_hartree_fock(Job& job) {
   const norvik_int nlevel = std::min<norvik_int>(northo, job.norb);
   WRITE_LEVELS(&n, &nlevel, &job.nalpha, &job.nbeta, orbitals.data(), report);
   WRITE_OCCUPY(&n, &northo, &job.nalpha, &job.nbeta, orbitals.data(), report);
-  if (job.multiplicity != 1) WRITE_SPINCONTAMI(&n, S.data(), rho.data(), report);
+  // A restart along a RHF -> UHF rotation leaves a broken-symmetry singlet.
+  bool open = job.multiplicity != 1;
+  for (std::size_t e = 0; e < nn && !open; ++e) open = std::abs(rho[e] - rho[nn + e]) > 1e-6;
+  result.unrestricted = open;
+  if (open) WRITE_SPINCONTAMI(&n, S.data(), rho.data(), report);
   WRITE_EDM(result.dipole, report);
   // Population analysis (record 14): Mulliken, Lowdin or both.
   const std::string population = trimmed(job.population);
@@ -208,14 +220,14 @@ PointResult run_hartree_fock(Job& job) {
         charge.data(), spin.data());
     const std::string label = padded(kind, kNameLength);
     WRITE_POPULATION(label.data(), &job.natom, job.zel.data(), charge.data(), report);
-    if (job.multiplicity != 1) {
+    if (open) {
       WRITE_SPINDENSITY(label.data(), &job.natom, job.zel.data(), spin.data(), report);
     }
   }
   // The counterpoise section with the dimer energy of this SCF, and the full
   // CI of a converged two-electron Hartree-Fock job.
   if (counterpoise) write_counterpoise(job, *counterpoise, result.energy);
-  if (runs_full_ci(job) && result.converged) run_full_ci(job, n, orbitals);
+  if (runs_full_ci(job) && result.converged) run_full_ci(job, n, orbitals, result.energy);
   // A Kohn–Sham SCF that did not settle gets the caution box.
   if (job.kohn_sham && !result.converged) WRITE_CAUTION(report);
   // The vibrational analysis and thermochemistry of the converged point.

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host_job.h"
+#include "stability.h"
 #include "vibrations.h"
 
 namespace host {
@@ -35,12 +36,14 @@ struct PointResult {
   int nbasis = 0;
   int northo = 0;
   bool in_core = true;
-  int cycles = 0;                                  // SCF cycles made
-  bool converged = false;                          // both thresholds met before the iteration limit
-  double rmsd = 0.0;                               // RMS density change of the last cycle
-  double commutator = 0.0;                         // |FPS - SPF| of the last cycle [hartree]
+  int cycles = 0;             // SCF cycles made
+  bool unrestricted = false;  // alpha and beta densities differ (open shell or broken symmetry)
+  bool converged = false;     // both thresholds met before the iteration limit
+  double rmsd = 0.0;          // RMS density change of the last cycle
+  double commutator = 0.0;    // |FPS - SPF| of the last cycle [hartree]
   std::optional<OptimisationResult> optimisation;  // record 6 > 0: the optimisation
   std::optional<VibrationResult> vibrations;       // record 10 = 1: the analysis
+  std::optional<StabilityOutcome> stability;       // --stability: the check
 };
 
 // Runs the free atoms and the single point (or, with optimisation cycles, the

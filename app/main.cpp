@@ -43,7 +43,7 @@ constexpr std::size_t kMaxProblemsShown = 20;
 
 void usage(std::ostream& out) {
   out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
-         "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense]\n"
+         "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense] [--stability]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -57,6 +57,10 @@ void usage(std::ostream& out) {
          "                  default: the molecule file's name without its extension\n"
          "  --grid LEVEL    Kohn-Sham integration grid: standard (default, fast) or dense\n"
          "                  (converged energies, about ten times the points)\n"
+         "  --stability     check that the SCF solution is a minimum (lowest eigenvalues of\n"
+         "                  the orbital Hessian in the report); when it is not, restart the\n"
+         "                  SCF along the unstable rotation until a lower, stable solution\n"
+         "                  (after an optimisation: the check only)\n"
          "\n"
          "The host checks both input files before the job starts.  The job writes the\n"
          "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
@@ -96,6 +100,7 @@ struct Request {
   std::string vib;  // prefix of the vibrational analysis's files
   bool has_parameter_file = false;
   int grid_level = 0;  // Kohn-Sham grid: 0 standard, 1 dense
+  bool stability = false;
 };
 
 // How the molecule's SCF ended, on standard output; the exit status.
@@ -146,6 +151,7 @@ int run_job(const Request& request, const host::InputFacts& facts,
   job.grid_level = request.grid_level;
   job.fragment_first = facts.fragment_first;
   job.fragment_last = facts.fragment_last;
+  job.stability = request.stability;
 
   host::setup(job);
   if (job.threads > 0) omp_set_num_threads(job.threads);
@@ -157,12 +163,11 @@ int run_job(const Request& request, const host::InputFacts& facts,
 
   host::PointResult point = host::run_hartree_fock(job);
   for (double& d : point.dipole) d = std::abs(d) < 5e-6 ? 0.0 : d;  // no "-0.00000"
-  std::printf("norvik: E(%s) = %.9f hartree (%s, %d basis functions), dipole %.5f %.5f %.5f eA\n",
-              job.kohn_sham ? (job.multiplicity == 1 ? "RKS" : "UKS")
-                            : (job.multiplicity == 1 ? "RHF" : "UHF"),
-              point.energy / host::kHartreeEv,
-              point.in_core ? "stored integrals" : "integral-direct", point.nbasis, point.dipole[0],
-              point.dipole[1], point.dipole[2]);
+  std::printf(
+      "norvik: E(%s) = %.9f hartree (%s, %d basis functions), dipole %.5f %.5f %.5f eA\n",
+      job.kohn_sham ? (point.unrestricted ? "UKS" : "RKS") : (point.unrestricted ? "UHF" : "RHF"),
+      point.energy / host::kHartreeEv, point.in_core ? "stored integrals" : "integral-direct",
+      point.nbasis, point.dipole[0], point.dipole[1], point.dipole[2]);
   if (point.optimisation) {
     const host::OptimisationResult& o = *point.optimisation;
     std::printf(
@@ -225,6 +230,8 @@ Request parse(const std::vector<std::string>& args) {
         fail("--grid " + level + ": the grid is 'standard' (the default) or 'dense'");
       }
       request.grid_level = level == "dense" ? 1 : 0;
+    } else if (a == "--stability") {
+      request.stability = true;
     } else if (a == "-h" || a == "--help") {
       usage(std::cout);
       std::exit(kSuccess);

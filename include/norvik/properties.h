@@ -13,7 +13,8 @@
 
 NORVIK_EXTERN_C_BEGIN
 
-/* The argument list of POLARIZE and POLARIZE_DIRECT:
+/* The converged point that the response routines (POLARIZE, SCF_STABILITY)
+ * start from, their first 16 arguments:
  *   1 method (in, 10 chars): "HF", "MP2", "RPA", "TDA" the Hartree–Fock point,
  *     any other name a functional as SCF_1POINT takes it (its exact exchange and
  *     exchange–correlation kernel on the molecular grid);
@@ -26,18 +27,21 @@ NORVIK_EXTERN_C_BEGIN
  *   13 thr_screen (in, eV, the integral-direct screening threshold);
  *   14 thr_orth (in, smallest overlap eigenvalue kept);  15 grid_radius (in, Å)
  *   and 16 grid_level (in, 0 standard, 1 dense): the grid of the Kohn–Sham point,
- *   read only for a functional;
+ *   read only for a functional. */
+#define NORVIK_RESPONSE_POINT_ARGS                                                                 \
+  const char *method, const char *basis, const norvik_int *natom, const norvik_int *zat,           \
+      const norvik_int *zel, const double *pos, const norvik_int *nalpha, const norvik_int *nbeta, \
+      const norvik_int *nbasis, const double *rho, const double *orbitals, const double *ramlimit, \
+      const double *thr_screen, const double *thr_orth, const double *grid_radius,                 \
+      const norvik_int *grid_level
+
+/* The argument list of POLARIZE and POLARIZE_DIRECT: the point (1–16) and
  *   17 alpha (out, (3, 3)): the polarisability volume α_ij = ∂μ_i/∂F_j in Å³,
  *     α[Å³] = α[e·Å²/V] × hartree[eV] × bohr[Å] (symmetric).
  * A wrong nbasis stops with "Wrong nbasis in Polarize." (Polarize_direct) and
  * both numbers; equations that do not converge in 100 iterations stop with
  * "Response equations not converged.", the iterations and the relative residual. */
-#define NORVIK_POLARIZE_ARGS                                                                       \
-  const char *method, const char *basis, const norvik_int *natom, const norvik_int *zat,           \
-      const norvik_int *zel, const double *pos, const norvik_int *nalpha, const norvik_int *nbeta, \
-      const norvik_int *nbasis, const double *rho, const double *orbitals, const double *ramlimit, \
-      const double *thr_screen, const double *thr_orth, const double *grid_radius,                 \
-      const norvik_int *grid_level, double *alpha
+#define NORVIK_POLARIZE_ARGS NORVIK_RESPONSE_POINT_ARGS, double* alpha
 
 /* Two-electron builds from the integral store when it fits ramlimit, otherwise
  * integral-direct. */
@@ -151,6 +155,39 @@ NORVIK_API void WRITE_H2_CI(const norvik_int* nbasis, const norvik_int* norb, co
 /* The full-CI energy, the Hartree–Fock energy and the correlation energy
  * E(FCI) − E(HF), in hartree and eV: ehf, efci (in, eV), report. */
 NORVIK_API void WRITE_ENERGY_CI(const double* ehf, const double* efci, const char* report);
+/* Stability of the converged point (docs/stability.md): the point (1–16), then
+ *   17 nroots (in, at least 1): the lowest eigenvalues wanted of each block;
+ *   18 angle (in, rad): the rotation of the start density rho_next;
+ *   19 restricted (out, flag): the point is restricted (equal counts, and alpha
+ *     and beta orbitals equal to 1e-7);
+ *   20 values (out, (nroots, 2) eV): the lowest eigenvalues of the orbital
+ *     Hessian A + B for real rotations, ascending: for a restricted point the
+ *     RHF -> RHF block in column 1 and the RHF -> UHF block in column 2; for an
+ *     unrestricted point the UHF -> UHF block in column 1 and zeros in column 2;
+ *   21 rho_next (out, (n, n, 2)): the density of the occupied orbitals turned by
+ *     angle along the eigenvector of the lowest eigenvalue: the start of an SCF
+ *     (SCF_1POINT, start 2) that leaves an unstable solution downhill.
+ * Integral store as POLARIZE.  A wrong nbasis stops with "Wrong nbasis in
+ * SCF_stability." and both numbers; eigenpairs that do not converge stop with
+ * "Stability analysis not converged.", the products made and the residual. */
+NORVIK_API void SCF_STABILITY(NORVIK_RESPONSE_POINT_ARGS, const norvik_int* nroots,
+                              const double* angle, norvik_bool* restricted, double* values,
+                              double* rho_next);
+
+/* An orbital-Hessian eigenvalue below this [eV] marks an unstable solution;
+ * one between it and zero is a rotation the SCF cannot resolve (a symmetry
+ * rotation among degenerate orbitals gives exactly zero). */
+#define NORVIK_UNSTABLE_EIGENVALUE (-1.0e-4)
+
+/* The stability section of the report: restricted (in, flag), nroots, values
+ * (in, (nroots, 2) eV, as SCF_STABILITY returns them), report.  The eigenvalues
+ * in eV and hartree per block and the verdict (docs/report.md).  The Kohn–Sham
+ * member labels the blocks RKS -> RKS, RKS -> UKS, UKS -> UKS. */
+NORVIK_API void WRITE_INSTABILITY_HF(const norvik_bool* restricted, const norvik_int* nroots,
+                                     const double* values, const char* report);
+NORVIK_API void WRITE_INSTABILITY_KS(const norvik_bool* restricted, const norvik_int* nroots,
+                                     const double* values, const char* report);
+
 NORVIK_EXTERN_C_END
 
 #endif

@@ -5,6 +5,8 @@ cmake_minimum_required(VERSION 3.25)
 #   [-DTHEORY=name: the molecule file's theory record replaced, e.g. a functional]
 #   [-DGRID=dense: the Kohn-Sham grid level passed with --grid]
 #   [-DALLOW_UNCONVERGED=ON: status 3 (not converged) is accepted and the energy checked]
+#   [-DSTABILITY=ON: --stability; the report's first stability section must find the
+#    solution unstable and its last one stable]
 file(MAKE_DIRECTORY ${WORKDIR})
 if(THEORY)
   # The theory is the first value record, the second line of the file.
@@ -18,6 +20,9 @@ endif()
 set(grid_option)
 if(GRID)
   set(grid_option --grid ${GRID})
+endif()
+if(STABILITY)
+  list(APPEND grid_option --stability)
 endif()
 execute_process(COMMAND ${NORVIK} run ${MOL} ${PAR} --report job.report --log job.log ${grid_option}
                 WORKING_DIRECTORY ${WORKDIR} OUTPUT_VARIABLE out ERROR_VARIABLE err
@@ -52,6 +57,14 @@ if(diff LESS 0)
 endif()
 if(diff GREATER TOL_n)
   message(FATAL_ERROR "energy ${energy} differs from the reference ${EXPECT} by ${diff}e-9 hartree")
+endif()
+if(STABILITY)
+  file(STRINGS ${WORKDIR}/job.report verdicts REGEX "^#  (Stable|Unstable):")
+  list(GET verdicts 0 first)
+  list(GET verdicts -1 last)
+  if(NOT first MATCHES "^#  Unstable:" OR NOT last MATCHES "^#  Stable:")
+    message(FATAL_ERROR "stability verdicts: ${verdicts}")
+  endif()
 endif()
 # Every cycle line of the log has the fixed layout: 3I5, 3X, F18.9, ...
 file(STRINGS ${WORKDIR}/job.log lines)

@@ -240,3 +240,11 @@ foreach(case IN ITEMS counterpoise:water_dimer_hf:Counterpoise
             -DEXPECTED=${job_data}/${kind}_${mol}.txt -P ${CMAKE_CURRENT_LIST_DIR}/run_section.cmake)
   set_tests_properties(job.${kind}.${mol} PROPERTIES ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
 endforeach()
+# The stability check and its restart: stretched H2 leaves its unstable RHF
+# solution for the broken-symmetry UHF one, against Psi4's UHF energy from a mixed
+# guess (stability_uhf.tsv).
+file(STRINGS ${ref_data}/stability_uhf.tsv stability_rows REGEX "^h2_stretched\t")
+string(REPLACE "\t" ";" cols "${stability_rows}")
+list(GET cols 2 energy)
+host_job(stability.h2_stretched ${ref_data}/stability/h2_stretched.mol tight.par ${energy}
+         -DSTABILITY=ON)

@@ -1,0 +1,247 @@
+#include "properties/orbital_hessian.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+#include "dft/functionals/combinations.h"
+#include "dft/functionals/point.h"
+#include "dft/grid/molecular_grid.h"
+#include "dft/xc/basis_values.h"
+#include "dft/xc/xc_integrator.h"
+#include "integrals/two/two_electron.h"
+#include "linalg/kernels.h"
+#include "linalg/memory_estimates.h"
+
+namespace norvik::properties {
+
+using linalg::ConstMatrixView;
+using linalg::MatrixView;
+using linalg::Op;
+
+namespace {
+
+std::size_t size(int n) {
+  return static_cast<std::size_t>(n);
+}
+
+// The step of the central difference of the exchange–correlation matrix along
+// a perturbed density, relative to that density's largest element: small
+// enough that the third-order term (relative size ~ step²) is far below the
+// response's tolerance, large enough that the rounding of the two matrices
+// (~1e-16 of them, divided by the step) stays below it too.
+constexpr double kXcStep = 1e-4;
+
+}  // namespace
+
+// The exchange–correlation response V1_σ = Σ_τ ∫ (δVxc_σ/δρ_τ) ρ1_τ on the
+// grid of the point: with the local kernels where the functional has them
+// (SVWN3, SVWN5), otherwise by the central difference of the matrix along ρ1.
+class XcResponse {
+ public:
+  XcResponse(const basis::BasisSet& basis, const scf::MoleculeView& molecule,
+             const scf::KohnShamStage& ks, std::span<const double> rho, bool keep_table)
+      : functional_(ks.functional),
+        grid_(dft::make_grid(molecule.elements, molecule.positions, ks.grid_radius, ks.grid_level)),
+        evaluator_(std::make_unique<dft::BasisEvaluator>(basis, molecule.positions)) {
+    const int n = basis.nbasis();
+    const int npts = grid_.size();
+    on_grid_ = {npts,        n, grid_.weights, {}, dft::TableLayout::computed, evaluator_.get(),
+                grid_.points};
+    if (keep_table) {
+      chi_.resize(dft::basis_table_size(npts, n));
+      dft::basis_on_grid(basis, molecule.positions, grid_.points, chi_, dft::TableLayout::by_batch);
+      on_grid_.chi = chi_;
+      on_grid_.layout = dft::TableLayout::by_batch;
+    }
+    const std::size_t np = size(npts);
+    rho0_.resize(dft::kPointRecord * np);
+    rho1_.resize(dft::kPointRecord * np);
+    shifted_.resize(dft::kPointRecord * np);
+    v_.resize(dft::kPotentialRecord * np);
+    dft::density_on_grid(on_grid_, rho, rho0_);
+    if (dft::row_of(functional_.combination).has_kernel) {
+      kernels_.resize(dft::kKernelRecord * np);
+      dft::combination_kernels(functional_.combination, rho0_, functional_.exact_exchange,
+                               kernels_);
+    }
+    const std::size_t nn = size(n) * size(n);
+    plus_.resize(2 * nn);
+    minus_.resize(2 * nn);
+  }
+
+  // g (n, n, 2) += V1 of the perturbed density pair p1.
+  void add(std::span<const double> p1, std::span<double> g) {
+    dft::density_on_grid(on_grid_, p1, rho1_);
+    const std::size_t np = size(on_grid_.npts);
+    if (!kernels_.empty()) {
+      // Local: v1_σ = Σ_τ f_στ ρ1_τ, no gradient terms, on the ground density.
+      std::fill(v_.begin(), v_.end(), 0.0);
+      for (std::size_t p = 0; p < np; ++p) {
+        const double* f = kernels_.data() + dft::kKernelRecord * p;
+        const double a = rho1_[dft::kPointRecord * p], b = rho1_[dft::kPointRecord * p + 1];
+        v_[dft::kPotentialRecord * p] = f[0] * a + f[2] * b;
+        v_[dft::kPotentialRecord * p + 1] = f[2] * a + f[1] * b;
+      }
+      dft::xc_matrix(on_grid_, rho0_, v_, plus_);
+      for (std::size_t e = 0; e < plus_.size(); ++e) g[e] += plus_[e];
+      return;
+    }
+    double largest = 0.0;
+    for (std::size_t e = 0; e < plus_.size(); ++e) largest = std::max(largest, std::abs(p1[e]));
+    if (largest == 0.0) return;
+    const double step = kXcStep / largest;
+    matrix_at(step, plus_);
+    matrix_at(-step, minus_);
+    const double scale = 0.5 / step;
+    for (std::size_t e = 0; e < plus_.size(); ++e) g[e] += (plus_[e] - minus_[e]) * scale;
+  }
+
+ private:
+  // Vxc of the grid density ρ0 + t·ρ1 into `out`; a spin density that the
+  // step would make negative (far out, where ρ1 outgrows ρ0) is held at zero.
+  void matrix_at(double t, std::span<double> out) {
+    const std::size_t np = size(on_grid_.npts);
+    for (std::size_t p = 0; p < np; ++p) {
+      const std::size_t at = dft::kPointRecord * p;
+      for (std::size_t c = 0; c < dft::kPointRecord; ++c) {
+        shifted_[at + c] = rho0_[at + c] + t * rho1_[at + c];
+      }
+      shifted_[at] = std::max(shifted_[at], 0.0);
+      shifted_[at + 1] = std::max(shifted_[at + 1], 0.0);
+    }
+    dft::combination_potentials(functional_.combination, shifted_, functional_.exact_exchange, v_);
+    dft::xc_matrix(on_grid_, shifted_, v_, out);
+  }
+
+  scf::XcFunctional functional_;
+  dft::Grid grid_;
+  std::unique_ptr<dft::BasisEvaluator> evaluator_;
+  std::vector<double> chi_;
+  dft::GridBasis on_grid_;
+  std::vector<double> rho0_, rho1_, shifted_, v_, kernels_, plus_, minus_;
+};
+
+OrbitalHessian::OrbitalHessian(const basis::BasisSet& basis, const scf::JobControl& job,
+                               const scf::MoleculeView& molecule,
+                               const setup::ElectronCount& counts, std::span<const double> rho,
+                               std::span<const double> orbitals,
+                               const std::optional<scf::KohnShamStage>& kohn_sham, bool direct)
+    : n_(basis.nbasis()) {
+  const int n = n_;
+  const std::size_t nn = size(n) * size(n);
+  if (rho.size() < 2 * nn || orbitals.size() < 2 * (nn + size(n))) {
+    throw std::invalid_argument("OrbitalHessian: the density or orbital array is too small");
+  }
+  // As in the point itself: the grid table first, the integral store from
+  // what is left (none when integral-direct builds are asked for).
+  scf::JobControl limits = job;
+  bool keep_table = true;
+  if (kohn_sham) {
+    const int npts = dft::grid_point_count(molecule.elements, kohn_sham->grid_level);
+    const double table_gb = memory::kohn_sham_grid_gb(npts, n);
+    keep_table = table_gb <= job.memory_gb;
+    if (keep_table) limits.memory_gb -= table_gb;
+  }
+  if (direct) limits.memory_gb = 0.0;
+  system_ = scf::prepare_system(basis, molecule.positions, molecule.charges, limits);
+
+  spins_.resize(2);
+  const int occupied[2] = {counts.alpha, counts.beta};
+  for (std::size_t s = 0; s < 2; ++s) {
+    SpinBlock& b = spins_[s];
+    const double* c = orbitals.data() + s * (nn + size(n));
+    b.nocc = std::clamp(occupied[s], 0, system_.northo);
+    b.nvir = b.nocc > 0 ? system_.northo - b.nocc : 0;
+    b.occ = ConstMatrixView(c, n, b.nocc, n);
+    b.vir = ConstMatrixView(c + size(n) * size(b.nocc), n, b.nvir, n);
+    const double* levels = c + nn;
+    b.gap.resize(b.count());
+    for (int i = 0; i < b.nocc; ++i) {
+      for (int a = 0; a < b.nvir; ++a) {
+        b.gap[size(a) + size(b.nvir) * size(i)] = levels[b.nocc + a] - levels[i];
+      }
+    }
+    b.offset = length_;
+    length_ += b.count();
+  }
+  if (kohn_sham) {
+    xc_ = std::make_unique<XcResponse>(basis, molecule, *kohn_sham, rho, keep_table);
+    a_ = kohn_sham->functional.exact_exchange;
+  }
+  work_.resize(nn);
+  square_.resize(nn);
+}
+
+OrbitalHessian::~OrbitalHessian() = default;
+
+void OrbitalHessian::density(std::span<const double> x, std::span<double> p1) {
+  const std::size_t nn = size(n_) * size(n_);
+  for (std::size_t s = 0; s < 2; ++s) {
+    const SpinBlock& b = spins_[s];
+    double* out = p1.data() + s * nn;
+    if (b.count() == 0) {
+      std::fill_n(out, nn, 0.0);
+      continue;
+    }
+    // W = C_v X (n × nocc), Q = W C_oᵀ, P1 = Q + Qᵀ (exactly symmetric).
+    linalg::gemm(Op::none, Op::none, 1.0, b.vir,
+                 ConstMatrixView(x.data() + b.offset, b.nvir, b.nocc, b.nvir), 0.0,
+                 MatrixView(work_.data(), n_, b.nocc, n_));
+    linalg::gemm(Op::none, Op::transpose, 1.0, ConstMatrixView(work_.data(), n_, b.nocc, n_), b.occ,
+                 0.0, MatrixView(square_.data(), n_, n_, n_));
+    for (int j = 0; j < n_; ++j) {
+      for (int i = 0; i < n_; ++i) {
+        out[size(i) + size(n_) * size(j)] =
+            square_[size(i) + size(n_) * size(j)] + square_[size(j) + size(n_) * size(i)];
+      }
+    }
+  }
+}
+
+void OrbitalHessian::project(std::span<const double> a, std::span<double> y, double beta) {
+  const std::size_t nn = size(n_) * size(n_);
+  for (std::size_t s = 0; s < 2; ++s) {
+    const SpinBlock& b = spins_[s];
+    if (b.count() == 0) continue;
+    linalg::gemm(Op::none, Op::none, 1.0, ConstMatrixView(a.data() + s * nn, n_, n_, n_), b.occ,
+                 0.0, MatrixView(work_.data(), n_, b.nocc, n_));
+    linalg::gemm(Op::transpose, Op::none, 1.0, b.vir, ConstMatrixView(work_.data(), n_, b.nocc, n_),
+                 beta, MatrixView(y.data() + b.offset, b.nvir, b.nocc, b.nvir));
+  }
+}
+
+void OrbitalHessian::apply(std::span<const std::span<const double>> x,
+                           std::span<const std::span<double>> y) {
+  const std::size_t count = x.size();
+  const std::size_t pair = 2 * size(n_) * size(n_);
+  if (p1_.size() < count) {
+    p1_.resize(count);
+    g_.resize(count);
+  }
+  std::vector<std::span<const double>> densities;
+  std::vector<std::span<double>> builds;
+  for (std::size_t m = 0; m < count; ++m) {
+    p1_[m].resize(pair);
+    g_[m].resize(pair);
+    density(x[m], p1_[m]);
+    densities.emplace_back(p1_[m]);
+    builds.emplace_back(g_[m]);
+  }
+  const integrals::two::ContextView context = system_.context.view();
+  if (system_.in_core) {
+    integrals::two::fock_stored(context, a_, densities, builds);
+  } else {
+    integrals::two::fock_direct(context, a_, densities, builds);
+  }
+  for (std::size_t m = 0; m < count; ++m) {
+    if (xc_) xc_->add(p1_[m], g_[m]);
+    project(g_[m], y[m], 0.0);
+    for (const SpinBlock& b : spins_) {
+      for (std::size_t e = 0; e < b.count(); ++e)
+        y[m][b.offset + e] += b.gap[e] * x[m][b.offset + e];
+    }
+  }
+}
+
+}  // namespace norvik::properties
