@@ -1,6 +1,7 @@
 #include "counterpoise.h"
 
 #include <algorithm>
+#include <array>
 
 #include "hartree_fock.h"
 #include "norvik.h"
@@ -30,8 +31,11 @@ CounterpoiseResult run_counterpoise(const Job& job) {
   const std::size_t stage = job.kohn_sham ? 2 : 1;
   const double thr_orth = kOrthogonalityThreshold;
   const norvik_int first = job.fragment_first, last = job.fragment_last;
-  const norvik_int fcharge[2] = {0, 0}, fmult[2] = {0, 0};  // neutral, lowest multiplicity
-  const bool hehpl = is_hehpl(job);
+  // The fragments of --fragments, or neutral ones in their lowest multiplicity
+  // (HeH+: He and H+, the _HEHPL members).
+  const std::array<int, 4> f = job.fragments.value_or(std::array<int, 4>{0, 0, 0, 0});
+  const norvik_int fcharge[2] = {f[0], f[2]}, fmult[2] = {f[1], f[3]};
+  const bool hehpl = !job.fragments && is_hehpl(job);
   auto call = [&](auto routine) {
     routine(job.theory.data(), job.basis.data(), &job.natom, job.zat.data(), job.zel.data(),
             job.pos.data(), &first, &last, fcharge, fmult, &job.niter[stage], &job.damp[stage],

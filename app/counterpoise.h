@@ -5,9 +5,9 @@
 // is every other atom; the dimer itself has no ghost atoms.  The fragment
 // SCFs run after the free atoms, at the input geometry; the section
 // WRITE_BSSE follows the dimer's own result sections, with the dimer energy of
-// the job's SCF.  The fragments are neutral in their lowest multiplicity,
-// except for HeH+, whose fragments are He and the bare proton H+
-// (COUNTERPOISE_HEHPL).
+// the job's SCF.  The fragments' charges and multiplicities come from
+// --fragments; without it they are neutral in their lowest multiplicity, except
+// for HeH+, whose fragments are He and the bare proton H+ (COUNTERPOISE_HEHPL).
 #pragma once
 
 #include <vector>

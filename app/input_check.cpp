@@ -764,7 +764,7 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
 
   // A counterpoise job reads record 16 as fragment A; fragment B is every other
   // atom, so neither may be empty.  The fragment runs are made at the input
-  // geometry, and the fragments are neutral except in HeH+ (He and H+).
+  // geometry.
   if (counterpoise) {
     const bool range_ok = first >= 1 && first <= last && last <= facts.natom;
     if (no_ghosts || (range_ok && last - first + 1 == facts.natom)) {
@@ -782,14 +782,13 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
                 "the counterpoise correction is made at the input geometry; write 0 "
                 "optimisation cycles in record 6, or 'none' here");
     }
-    const bool hehpl =
+    // Whether the fragments' charges fit the molecule's depends on --fragments:
+    // the host checks it with the options.
+    facts.counterpoise = true;
+    facts.charge = charge;
+    facts.hehpl =
         facts.natom == 2 && charge == 1 &&
         ((symbols[0] == "He" && symbols[1] == "H") || (symbols[0] == "H" && symbols[1] == "He"));
-    if (charge != 0 && !hehpl) {
-      c.problem(counterpoise_record, "counterpoise",
-                "the fragments of a counterpoise job are neutral (HeH+ excepted: He and H+), so "
-                "the dimer must be too; write charge 0 in record 20, or 'none' here");
-    }
   }
 
   // Two atoms in one place make the basis linearly dependent and the nuclear

@@ -100,7 +100,16 @@ endforeach()
 variant(cp_charged.mol cp.mol "\n0 0\n# basis-set superposition correction (none, counterpoise)\ncounterpoise\n# molecular charge\n0"
         "\n1 1\n# basis-set superposition correction (none, counterpoise)\ncounterpoise\n# molecular charge\n1")
 run(counterpoise_of_an_ion STATUS 2 ARGS run cp_charged.mol
-    STDERR "record 18 (counterpoise): the fragments of a counterpoise job are neutral")
+    STDERR "record 18 (counterpoise): without --fragments the fragments are neutral")
+# --fragments: four integers, charges adding up to the molecule's, a counterpoise job.
+run(fragments_malformed STATUS 2 ARGS run cp_charged.mol --fragments 1,1,0
+    STDERR "--fragments '1,1,0': write the charge and multiplicity of fragment A")
+run(fragments_negative_multiplicity STATUS 2 ARGS run cp_charged.mol --fragments 1,-1,0,1
+    STDERR "--fragments '1,-1,0,1'")
+run(fragments_charges_disagree STATUS 2 ARGS run cp_charged.mol --fragments 0,1,0,2
+    STDERR "the fragment charges add up to 0, the molecule's charge (record 20) is 1")
+run(fragments_without_counterpoise STATUS 2 ARGS run water.mol --fragments 0,1,0,1
+    STDERR "--fragments is for a counterpoise job")
 variant(cp_opt1.mol cp.mol "\n0 0\n" "\n1 1\n")
 variant(cp_opt.mol cp_opt1.mol "water 0" "water 5")
 run(counterpoise_with_optimisation STATUS 2 ARGS run cp_opt.mol

@@ -3,8 +3,9 @@ cmake_minimum_required(VERSION 3.25)
 # the "#" line before the first line that starts with TITLE, byte for byte with a
 # file of expected lines:
 #   -DNORVIK -DMOL -DPAR -DWORKDIR -DTITLE (text) -DEXPECTED (file)
+#   [-DOPTIONS=list: more arguments of the run, e.g. --fragments;0,1,1,1]
 file(MAKE_DIRECTORY ${WORKDIR})
-execute_process(COMMAND ${NORVIK} run ${MOL} ${PAR} --report job.report --log job.log
+execute_process(COMMAND ${NORVIK} run ${MOL} ${PAR} --report job.report --log job.log ${OPTIONS}
                 WORKING_DIRECTORY ${WORKDIR} OUTPUT_VARIABLE out ERROR_VARIABLE err
                 RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)

@@ -240,6 +240,16 @@ foreach(case IN ITEMS counterpoise:water_dimer_hf:Counterpoise
             -DEXPECTED=${job_data}/${kind}_${mol}.txt -P ${CMAKE_CURRENT_LIST_DIR}/run_section.cmake)
   set_tests_properties(job.${kind}.${mol} PROPERTIES ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
 endforeach()
+# The same HeH+ fragments given by --fragments (He neutral singlet, H+) through the
+# general members: the same section.
+add_test(NAME job.counterpoise.hehp_hf_fragments
+  COMMAND ${CMAKE_COMMAND} -DNORVIK=$<TARGET_FILE:norvik_host>
+          -DMOL=${ref_data}/molecules_cp/hehp_hf.mol -DPAR=${job_data}/tight.par
+          -DWORKDIR=${CMAKE_CURRENT_BINARY_DIR}/jobs/counterpoise_hehp_hf_fragments
+          "-DTITLE=#  Counterpoise" -DEXPECTED=${job_data}/counterpoise_hehp_hf.txt
+          "-DOPTIONS=--fragments;0,1,1,1" -P ${CMAKE_CURRENT_LIST_DIR}/run_section.cmake)
+set_tests_properties(job.counterpoise.hehp_hf_fragments PROPERTIES
+                     ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
 # The stability check and its restart: stretched H2 leaves its unstable RHF
 # solution for the broken-symmetry UHF one, against Psi4's UHF energy from a mixed
 # guess (stability_uhf.tsv).
