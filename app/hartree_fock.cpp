@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "counterpoise.h"
 #include "norvik.h"
 #include "plots.h"
 
@@ -141,11 +143,16 @@ PointResult run_hartree_fock(Job& job) {
   // Free atoms: energies for the binding energy and densities for the start.
   std::vector<double> eatom(job.natom), atomrho(2 * nn);
   const double thr_orth = kOrthogonalityThreshold;
-  ATOMS(job.basis.data(), &job.natom, job.zat.data(), job.zel.data(), &job.niter[0], &job.damp[0],
-        &job.thr_ene[0], &job.thr_rms[0], &job.memory_gb, &thr_orth, &n, eatom.data(),
-        atomrho.data(), job.theory.data(), &kGridRadius, &job.grid_level);
+  // HeH+ binds He and H+ (ATOMS_HEHPL), not He and a neutral H atom.
+  (is_hehpl(job) ? ATOMS_HEHPL : ATOMS)(
+      job.basis.data(), &job.natom, job.zat.data(), job.zel.data(), &job.niter[0], &job.damp[0],
+      &job.thr_ene[0], &job.thr_rms[0], &job.memory_gb, &thr_orth, &n, eatom.data(), atomrho.data(),
+      job.theory.data(), &kGridRadius, &job.grid_level);
   WRITE_ENERGY_ATOM(&job.natom, job.zat.data(), job.zel.data(), eatom.data(), report);
   stamp("Free atoms ok.");
+  // Counterpoise (record 18): the fragment SCFs at the input geometry.
+  std::optional<CounterpoiseResult> counterpoise;
+  if (is_counterpoise(job)) counterpoise = run_counterpoise(job);
 
   // The point at the input geometry, or the optimisation from it: integrals,
   // SCF with its run log.  The molecule's settings of a Kohn–Sham job are the
@@ -238,6 +245,10 @@ PointResult run_hartree_fock(Job& job) {
   }
   write_orbital_tables(job, n, northo, orbitals);
   write_cubes(job, n, rho, orbitals);
+  // The counterpoise section with the dimer energy of this SCF, and the full
+  // CI of a converged two-electron Hartree-Fock job.
+  if (counterpoise) write_counterpoise(job, *counterpoise, result.energy);
+  if (runs_full_ci(job) && result.converged) run_full_ci(job, n, orbitals, result.energy);
   // A Kohn–Sham SCF that did not settle gets the caution box.
   if (job.kohn_sham && !result.converged) WRITE_CAUTION(report);
   // The vibrational analysis and thermochemistry of the converged point.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,12 @@ struct Job {
   int charge = 0, multiplicity = 1;
   int nalpha = 0, nbeta = 0, norb = 0, nshort = 0;
   int natom = 0, nghost = 0;
+  // A counterpoise job (record 18): fragment A = atoms fragment_first to
+  // fragment_last (record 16, 1-based), fragment B the others.
+  int fragment_first = 0, fragment_last = 0;
+  // Charge and multiplicity of fragment A, then of B (--fragments; multiplicity 0
+  // the lowest); none: neutral fragments in their lowest multiplicity.
+  std::optional<std::array<int, 4>> fragments;
   std::vector<int> zat, zel;
   std::vector<double> pos;  // (3, natom), angstrom
 

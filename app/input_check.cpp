@@ -674,10 +674,17 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
     if (ghost_first.null) ghost_first.record = r->first_record;
   }
   static constexpr std::array<std::string_view, 2> kBsse = {"none", "counterpoise"};
+  bool counterpoise = false;
+  int counterpoise_record = 0;
   if (auto r = c.record("counterpoise", {Kind::text})) {
     check_keyword(c, r->values[0], "counterpoise", kBsse, true);
+    counterpoise = !r->values[0].null && trim_blanks(r->values[0].text) == "counterpoise";
+    counterpoise_record = r->first_record;
   }
-  c.record("charge", {Kind::integer});
+  int charge = 0;
+  if (auto r = c.record("charge", {Kind::integer})) {
+    if (!r->values[0].null) charge = static_cast<int>(r->values[0].integer);
+  }
   if (auto r = c.record("multiplicity", {Kind::integer})) {
     check_range(c, r->values[0], "multiplicity", "spin multiplicity",
                 {1, std::numeric_limits<int>::max(), false, "",
@@ -692,6 +699,7 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
     int number, record;
   };
   std::vector<Placed> placed;
+  std::vector<std::string> symbols;
   for (int number = 1;; ++number) {
     const auto r = c.atom(number);
     if (!r) break;
@@ -714,6 +722,7 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
                 "more than a symbol and x y z; an atom record holds these four values only");
     }
     const std::string name = trim_blanks(symbol.text);
+    symbols.push_back(name);
     if (std::find(kElements.begin(), kElements.end(), name) == kElements.end()) {
       c.problem(record, meaning,
                 quoted_for_message(symbol.text) +
@@ -751,6 +760,35 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
                   " is not a range of the molecule's " + std::to_string(facts.natom) +
                   " atoms; write 0 0 for none, or first and last with 1 <= first <= last <= " +
                   std::to_string(facts.natom));
+  }
+
+  // A counterpoise job reads record 16 as fragment A; fragment B is every other
+  // atom, so neither may be empty.  The fragment runs are made at the input
+  // geometry.
+  if (counterpoise) {
+    const bool range_ok = first >= 1 && first <= last && last <= facts.natom;
+    if (no_ghosts || (range_ok && last - first + 1 == facts.natom)) {
+      c.problem(ghost_first.record, "counterpoise fragments",
+                "a counterpoise job splits the molecule into fragment A (record 16: atoms first "
+                "to last) and fragment B (the other atoms); write a range that leaves fragment B "
+                "at least one of the " +
+                    std::to_string(facts.natom) + " atoms");
+    } else if (range_ok) {
+      facts.fragment_first = first;
+      facts.fragment_last = last;
+    }
+    if (facts.optimisation_cycles > 0) {
+      c.problem(counterpoise_record, "counterpoise",
+                "the counterpoise correction is made at the input geometry; write 0 "
+                "optimisation cycles in record 6, or 'none' here");
+    }
+    // Whether the fragments' charges fit the molecule's depends on --fragments:
+    // the host checks it with the options.
+    facts.counterpoise = true;
+    facts.charge = charge;
+    facts.hehpl =
+        facts.natom == 2 && charge == 1 &&
+        ((symbols[0] == "He" && symbols[1] == "H") || (symbols[0] == "H" && symbols[1] == "He"));
   }
 
   // Two atoms in one place make the basis linearly dependent and the nuclear

@@ -33,6 +33,11 @@ struct InputFacts {
   std::string start_density;    // record 12 of the molecule file ("" = free atoms)
   int optimisation_cycles = 0;  // record 6 (0: a single point)
   int vibrations = 0;           // record 10: 0 none, 1 vibrations and thermochemistry, 2 with Raman
+  int fragment_first = 0;       // record 16 of a counterpoise job: fragment A
+  int fragment_last = 0;
+  bool counterpoise = false;  // record 18 = counterpoise
+  int charge = 0;             // record 20 (read for a counterpoise job)
+  bool hehpl = false;         // a counterpoise job of HeH+ (one He, one H, charge +1)
 };
 
 // Checks that `path` names a regular file of at most kMaxInputBytes that can be

@@ -12,6 +12,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -46,7 +48,7 @@ void usage(std::ostream& out) {
   out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
          "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense] [--stability]\n"
          "                  [--orbitals [all]] [--cube WHAT[,WHAT...]] [--cube-prefix PREFIX]\n"
-         "                  [--cube-step STEP] [--cube-points N]\n"
+         "                  [--cube-step STEP] [--cube-points N] [--fragments QA,MA,QB,MB]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -73,6 +75,9 @@ void usage(std::ostream& out) {
          "  --cube-step STEP      grid step [A] (default 0.1)\n"
          "  --cube-points N       most grid points of a cube (default 1000000); a larger\n"
          "                  box gets a wider step\n"
+         "  --fragments Q,M,Q,M  counterpoise job (record 18): charge and multiplicity of\n"
+         "                  fragment A, then of fragment B (multiplicity 0: the lowest);\n"
+         "                  default: neutral fragments (HeH+: He and H+)\n"
          "\n"
          "The host checks both input files before the job starts.  The job writes the\n"
          "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
@@ -118,6 +123,8 @@ struct Request {
   std::string cube_prefix;
   double cube_step = host::kCubeStep;
   long cube_max_points = host::kCubeMaxPoints;
+  // --fragments: charge and multiplicity of fragment A, then of fragment B.
+  std::optional<std::array<int, 4>> fragments;
 };
 
 // A positive number of an option, or the end of the run with the problem.
@@ -183,6 +190,9 @@ int run_job(const Request& request, const host::InputFacts& facts,
     if (out.what.rfind("cube ", 0) == 0) job.cubes.push_back({out.what.substr(5), out.partial});
   }
   job.grid_level = request.grid_level;
+  job.fragment_first = facts.fragment_first;
+  job.fragment_last = facts.fragment_last;
+  if (request.fragments) job.fragments = *request.fragments;
   job.stability = request.stability;
   job.orbital_tables = request.orbital_tables;
   job.cube_step = request.cube_step;
@@ -250,6 +260,24 @@ std::string partial_files_note(const std::vector<host::OutputFile>& outputs) {
   return "norvik: " + finals + " were not touched; what the job wrote is in " + partials + "\n";
 }
 
+// The value of --fragments: four integers QA,MA,QB,MB, multiplicities 0 (the
+// lowest of the fragment's electron count) or more.
+std::array<int, 4> fragment_settings(const std::string& text) {
+  std::array<int, 4> v{};
+  std::istringstream in(text);
+  char comma = ',';
+  bool ok = true;
+  for (std::size_t k = 0; k < 4 && ok; ++k) {
+    ok = (k == 0 || (in >> comma && comma == ',')) && in >> v[k] && (k % 2 == 0 || v[k] >= 0);
+  }
+  if (!ok || !in.eof() || (in >> std::ws, !in.eof())) {
+    fail("--fragments '" + text +
+         "': write the charge and multiplicity of fragment A, then of fragment B, as "
+         "QA,MA,QB,MB (multiplicity 0: the lowest), e.g. 0,1,1,1");
+  }
+  return v;
+}
+
 Request parse(const std::vector<std::string>& args) {
   Request request;
   std::vector<std::string> positional;
@@ -300,6 +328,8 @@ Request parse(const std::vector<std::string>& args) {
       } else {
         request.cube_max_points = static_cast<long>(v);
       }
+    } else if (a == "--fragments") {
+      request.fragments = fragment_settings(i + 1 < args.size() ? args[++i] : "");
     } else if (a == "-h" || a == "--help") {
       usage(std::cout);
       std::exit(kSuccess);
@@ -358,6 +388,24 @@ int run(const std::vector<std::string>& args) {
   const host::InputFacts facts =
       host::check_inputs(request.molecule_file, request.parameter_file, problems);
   if (!problems.empty()) fail(problems);
+  // The fragments' charges of a counterpoise job: those of --fragments, which
+  // must add up to the molecule's, or neutral fragments (HeH+: He and H+).
+  if (request.fragments && !facts.counterpoise) {
+    fail("--fragments is for a counterpoise job: write 'counterpoise' in record 18 of " +
+         request.molecule_file);
+  }
+  if (request.fragments && (*request.fragments)[0] + (*request.fragments)[2] != facts.charge) {
+    fail("--fragments: the fragment charges add up to " +
+         std::to_string((*request.fragments)[0] + (*request.fragments)[2]) +
+         ", the molecule's charge (record 20) is " + std::to_string(facts.charge) +
+         "; make them agree");
+  }
+  if (facts.counterpoise && !request.fragments && facts.charge != 0 && !facts.hehpl) {
+    fail(request.molecule_file +
+         ", record 18 (counterpoise): without --fragments the fragments are neutral (HeH+ "
+         "excepted: He and H+), so the molecule must be too; give the fragments' charges and "
+         "multiplicities with --fragments QA,MA,QB,MB, or write charge 0 in record 20");
+  }
 
   // The outputs: never one of the inputs, started afresh under partial names.
   if (!facts.start_density.empty()) inputs.push_back({"start-density file", facts.start_density});

@@ -48,6 +48,8 @@
 #define NORVIK_KT298_EV 0.02569257912065            /* k_B · 298.15 K in eV */
 #define NORVIK_ATOMIC_MASS_UNIT_EV 931494102.42     /* m_u c² in eV (CODATA 2018) */
 #define NORVIK_AVOGADRO 6.02214076e23               /* Avogadro constant in 1/mol (exact) */
+#define NORVIK_ELEMENTARY_CHARGE 1.602176634e-19    /* e in C (exact): 1 eV in J */
+#define NORVIK_CALORIE_JOULE 4.184                  /* thermochemical calorie in J */
 /* The run log converts its commutator norm with this older value of the hartree,
  * kept as it is so that logs stay comparable from version to version. */
 #define NORVIK_HARTREE_EV_LOG 27.211385041184638

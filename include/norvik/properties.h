@@ -75,6 +75,86 @@ NORVIK_API void WRITE_POPULATION(const char* kind, const norvik_int* natom, cons
 NORVIK_API void WRITE_SPINDENSITY(const char* kind, const norvik_int* natom, const norvik_int* zel,
                                   const double* spin, const char* report);
 
+/* ---- Counterpoise correction -------------------------------------------------------
+ * The Boys–Bernardi correction of a dimer's interaction energy: each fragment's
+ * energy in its own basis and in the dimer's basis (the partner's atoms as ghosts:
+ * basis functions, no nuclei, no electrons).  Every fragment SCF starts from the
+ * bare one-electron Fock matrix and runs without run log and without dipole (as
+ * HF_INI_NOINT then HF_SCF_PART; for a Kohn–Sham method then KS_INI and
+ * KS_SCF_PART on the grid of all the dimer's atoms, ghosts included).
+ * COUNTERPOISE and its members take 21 arguments:
+ *   1 method (in, 10 chars, as SCF_1POINT's);  2 basis (in, 20 chars);  3 natom;
+ *   4 zat (in, the dimer's nuclear charges: every atom real);  5 zel;  6 pos (in,
+ *   (3, natom) Å);  7 first, 8 last (in): fragment A = atoms first … last
+ *   (1-based), fragment B = all the others (neither may be empty);
+ *   9 fcharge (in, 2: the charges of A and B);  10 fmult (in, 2: their
+ *   multiplicities 2S+1, 0 the lowest of the fragment's electron count);
+ *   11 niter, 12 damp, 13 thr_ene, 14 thr_rms (in, 2 each: the Hartree–Fock stage,
+ *   then the Kohn–Sham stage, as ATOMS takes them);  15 ramlimit (in, GB);
+ *   16 thr_screen (in, eV);  17 thr_orth (in);  18 grid_radius (in, Å);
+ *   19 grid_level (in, 0 standard, 1 dense);
+ *   20 eown (out, 2: E_A and E_B in their own bases, eV);
+ *   21 edimer (out, 2: E_A and E_B in the dimer basis, eV).
+ * Each energy is electronic + the fragment's own nuclear repulsion; a fragment
+ * without electrons (a bare proton) has no SCF and the energy of its nuclei.
+ * _DIRECT builds integral-direct whatever the limit.  _HEHPL is for HeH+: the
+ * two atoms must be one He and one H (otherwise " COUNTERPOISE_HEHPL needs the
+ * atoms He and H." and the elements); fcharge and fmult are not read: He is a
+ * neutral singlet, H the bare proton H+.  An impossible fragment electron count
+ * stops with the message of SETUP_HF's count, "Counterpoise" in place of
+ * "Nelectron"; a bad range with " Invalid counterpoise fragments:", first, last
+ * and natom. */
+#define NORVIK_COUNTERPOISE_ARGS                                                                 \
+  const char *method, const char *basis, const norvik_int *natom, const norvik_int *zat,         \
+      const norvik_int *zel, const double *pos, const norvik_int *first, const norvik_int *last, \
+      const norvik_int *fcharge, const norvik_int *fmult, const norvik_int *niter,               \
+      const double *damp, const double *thr_ene, const double *thr_rms, const double *ramlimit,  \
+      const double *thr_screen, const double *thr_orth, const double *grid_radius,               \
+      const norvik_int *grid_level, double *eown, double *edimer
+NORVIK_API void COUNTERPOISE(NORVIK_COUNTERPOISE_ARGS);
+NORVIK_API void COUNTERPOISE_DIRECT(NORVIK_COUNTERPOISE_ARGS);
+NORVIK_API void COUNTERPOISE_HEHPL(NORVIK_COUNTERPOISE_ARGS);
+NORVIK_API void COUNTERPOISE_DIRECT_HEHPL(NORVIK_COUNTERPOISE_ARGS);
+/* The counterpoise section of the report: eown (in, 2), edimer (in, 2), emol (in,
+ * the dimer's molecular energy from the job's own SCF, eV), report.  The fragment
+ * energies in both bases, each fragment's basis-set superposition error
+ * E(own) − E(dimer basis), and the raw and counterpoise-corrected interaction
+ * energies in hartree, eV, kcal/mol and kJ/mol (docs/counterpoise.md). */
+NORVIK_API void WRITE_BSSE(const double* eown, const double* edimer, const double* emol,
+                           const char* report);
+
+/* ---- Two-electron full CI ------------------------------------------------------------
+ * FULLCI_2E: the exact states of a molecule with two electrons from its converged
+ * RHF point, over all the independent orbitals (docs/full_ci.md):
+ *   1 basis (in, 20 chars);  2 natom;  3 zat;  4 zel;  5 pos (in, (3, natom) Å);
+ *   6 nalpha, 7 nbeta (in, must both be 1);  8 nbasis (in, must equal the basis
+ *   size);  9 orbitals (in, (n, n + 1, 2) of the RHF point; the alpha orbitals are
+ *   read);  10 thr_orth (in, the point's);  11 nroots (in, ≥ 1);
+ *   12 esinglet (out, nroots: the lowest singlet states, eV, molecular energies);
+ *   13 etriplet (out, nroots: the lowest triplet states); entries beyond the
+ *   states of the space are 0;  14 ground (out, n(n+1)/2: the coefficients of the
+ *   singlet ground state over the configurations (pq)+, p ≥ q, at the 1-based
+ *   packed index p(p−1)/2 + q; zero beyond the space);  15 norb (out, orbitals of
+ *   the space);  16 ehf (out, the determinant of the doubly occupied first
+ *   orbital: the RHF energy, eV).
+ * Other electron counts stop with " FULLCI_2E needs two paired electrons:" and
+ * nalpha, nbeta; a wrong nbasis with "Wrong nbasis in FULLCI_2E." and both
+ * numbers. */
+NORVIK_API void FULLCI_2E(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                          const norvik_int* zel, const double* pos, const norvik_int* nalpha,
+                          const norvik_int* nbeta, const norvik_int* nbasis, const double* orbitals,
+                          const double* thr_orth, const norvik_int* nroots, double* esinglet,
+                          double* etriplet, double* ground, norvik_int* norb, double* ehf);
+/* The configurations and states of FULLCI_2E: nbasis, norb, ground, nroots,
+ * esinglet, etriplet (in, as FULLCI_2E returns them), report.  The leading
+ * configurations of the ground state (|c| ≥ 0.01, at most ten) and the lowest
+ * nroots states of each spin in order of energy. */
+NORVIK_API void WRITE_H2_CI(const norvik_int* nbasis, const norvik_int* norb, const double* ground,
+                            const norvik_int* nroots, const double* esinglet,
+                            const double* etriplet, const char* report);
+/* The full-CI energy, the Hartree–Fock energy and the correlation energy
+ * E(FCI) − E(HF), in hartree and eV: ehf, efci (in, eV), report. */
+NORVIK_API void WRITE_ENERGY_CI(const double* ehf, const double* efci, const char* report);
 /* Stability of the converged point (docs/stability.md): the point (1–16), then
  *   17 nroots (in, at least 1): the lowest eigenvalues wanted of each block;
  *   18 angle (in, rad): the rotation of the start density rho_next;

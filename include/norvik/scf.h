@@ -358,6 +358,17 @@ NORVIK_API void ATOMS(const char* basis, const norvik_int* natom, const norvik_i
                       double* atomrho, const char* method, const double* grid_radius,
                       const norvik_int* grid_level);
 
+/* ATOMS_HEHPL: ATOMS for HeH+, with its 16 arguments: the He atoms as ATOMS
+ * computes them, every H atom the bare proton H+ (no electron: energy 0, an
+ * empty density block), so that the binding energy of HeH+ is that against
+ * He + H+.  The start densities then hold He's electrons only. */
+NORVIK_API void ATOMS_HEHPL(const char* basis, const norvik_int* natom, const norvik_int* zat,
+                            const norvik_int* zel, const norvik_int* niter, const double* damp,
+                            const double* thr_ene, const double* thr_rms, const double* ramlimit,
+                            const double* thr_orth, const norvik_int* nbasis, double* eatom,
+                            double* atomrho, const char* method, const double* grid_radius,
+                            const norvik_int* grid_level);
+
 /* Hartree–Fock single point from the outputs of SETUP_HF:
  *   1 basis (in, 20 chars);  2 natom;  3 zat;  4 zel;  5 pos (in, (3, natom) Å);
  *   6 nalpha, 7 nbeta (in);  8 niter, 9 damp, 10 thr_ene, 11 thr_rms (in, the

@@ -16,6 +16,11 @@ inline constexpr double kElectronRestEnergyKeV = NORVIK_ELECTRON_REST_ENERGY_KEV
 inline constexpr double kKT298Ev = NORVIK_KT298_EV;                      // k_B·298.15 K in eV
 inline constexpr double kAtomicMassUnitEv = NORVIK_ATOMIC_MASS_UNIT_EV;  // m_u c² in eV
 inline constexpr double kAvogadro = NORVIK_AVOGADRO;                     // 1/mol
+inline constexpr double kElementaryCharge = NORVIK_ELEMENTARY_CHARGE;    // C, 1 eV in J
+inline constexpr double kCalorieJoule = NORVIK_CALORIE_JOULE;            // J
+// eV per particle in kJ/mol and kcal/mol.
+inline constexpr double kEvKjPerMol = kElementaryCharge * kAvogadro / 1000.0;
+inline constexpr double kEvKcalPerMol = kEvKjPerMol / kCalorieJoule;
 
 // The run log converts its commutator norm with this older value of the hartree;
 // it is kept as it is so that logs stay comparable from version to version.

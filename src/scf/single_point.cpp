@@ -82,7 +82,7 @@ PreparedSystem prepare_system(const basis::BasisSet& basis,
 
   p.context = integrals::two::prepare(basis, centres, false, job.screening);
   p.memory_gb = job.memory_gb;
-  p.in_core = memory::store_fits(p.context.npair, job.memory_gb);
+  p.in_core = !job.direct && memory::store_fits(p.context.npair, job.memory_gb);
   if (p.in_core) {
     p.context.vint.resize(static_cast<std::size_t>(integrals::two::packed_size(p.context.npair)));
     integrals::two::fill_store(p.context.view(), p.context.vint);

@@ -36,6 +36,7 @@ struct JobControl {
   double memory_gb = 4.0;       // in-core limit for the integral store [GB]
   double screening = 0.0;       // integral-direct screening threshold [eV]
   double orthogonality = 1e-7;  // smallest overlap eigenvalue kept
+  bool direct = false;          // integral-direct Fock builds whatever the limit
 };
 
 // The molecule: per-atom nuclear charges (0 for a ghost), elements and

@@ -113,7 +113,10 @@ Molecule read_molecule(std::string_view path, int max_atoms, MoleculeSettings se
   if (s.ghost_last < s.ghost_first || s.ghost_last > natom) {
     throw Error(fortran::list_directed({"Invalid ghost atoms."}));
   }
-  if (s.ghost_first >= 1) {
+  // A counterpoise job (record 18) reads record 16 as its fragment A: the
+  // dimer itself has no ghost atoms, the fragment runs make their own.
+  const bool counterpoise = io::trim_right(s.text18) == "counterpoise";
+  if (s.ghost_first >= 1 && !counterpoise) {
     for (int i = s.ghost_first; i <= s.ghost_last; ++i) molecule.atoms[i - 1].nuclear_charge = 0;
     molecule.nghost = s.ghost_last - s.ghost_first + 1;
   }

@@ -31,8 +31,8 @@ struct MoleculeSettings {
   int int10 = 0;                                       // record 10
   std::string text12 = std::string(kPathLength, ' ');  // record 12
   std::string text14 = std::string(kNameLength, ' ');  // record 14
-  int ghost_first = 0;                                 // record 16
-  int ghost_last = 0;
+  int ghost_first = 0;                                 // record 16 (a counterpoise job:
+  int ghost_last = 0;                                  // fragment A, no ghost atoms)
   std::string text18 = std::string(kNameLength, ' ');  // record 18
   int charge = 0;                                      // record 20
   int multiplicity = 1;                                // record 22

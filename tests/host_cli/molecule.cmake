@@ -86,3 +86,31 @@ run(no_atoms STATUS 2 ARGS run no_atoms.mol STDERR "(atoms): no atom records")
 variant(two.mol hex.mol "\n0 0\n" "\n0 3\n")
 run(every_problem_listed STATUS 2 ARGS run two.mol
     STDERR "record 26 (atom 3): 'Hex'" "record 16 (ghost atoms): the range 0 to 3")
+
+# A counterpoise job reads record 16 as fragment A: it must name atoms and leave
+# fragment B one; the correction belongs to the input geometry and to neutral
+# fragments (HeH+ excepted).
+variant(cp.mol water.mol "\nnone\n# molecular charge" "\ncounterpoise\n# molecular charge")
+foreach(range "0 0" "1 3")
+  string(REPLACE " " "_" tag "${range}")
+  variant(cp${tag}.mol cp.mol "\n0 0\n" "\n${range}\n")
+  run(counterpoise_fragments_${tag} STATUS 2 ARGS run cp${tag}.mol
+      STDERR "record 16 (counterpoise fragments): a counterpoise job splits the molecule")
+endforeach()
+variant(cp_charged.mol cp.mol "\n0 0\n# basis-set superposition correction (none, counterpoise)\ncounterpoise\n# molecular charge\n0"
+        "\n1 1\n# basis-set superposition correction (none, counterpoise)\ncounterpoise\n# molecular charge\n1")
+run(counterpoise_of_an_ion STATUS 2 ARGS run cp_charged.mol
+    STDERR "record 18 (counterpoise): without --fragments the fragments are neutral")
+# --fragments: four integers, charges adding up to the molecule's, a counterpoise job.
+run(fragments_malformed STATUS 2 ARGS run cp_charged.mol --fragments 1,1,0
+    STDERR "--fragments '1,1,0': write the charge and multiplicity of fragment A")
+run(fragments_negative_multiplicity STATUS 2 ARGS run cp_charged.mol --fragments 1,-1,0,1
+    STDERR "--fragments '1,-1,0,1'")
+run(fragments_charges_disagree STATUS 2 ARGS run cp_charged.mol --fragments 0,1,0,2
+    STDERR "the fragment charges add up to 0, the molecule's charge (record 20) is 1")
+run(fragments_without_counterpoise STATUS 2 ARGS run water.mol --fragments 0,1,0,1
+    STDERR "--fragments is for a counterpoise job")
+variant(cp_opt1.mol cp.mol "\n0 0\n" "\n1 1\n")
+variant(cp_opt.mol cp_opt1.mol "water 0" "water 5")
+run(counterpoise_with_optimisation STATUS 2 ARGS run cp_opt.mol
+    STDERR "record 18 (counterpoise): the counterpoise correction is made at the input geometry")

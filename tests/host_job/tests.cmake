@@ -222,6 +222,34 @@ if(NORVIK_OPT_PYTHON)
   endforeach()
 endif()
 
+# The counterpoise job (record 18) and the full CI of a two-electron job, their
+# report sections byte for byte; the numbers in them are held against Psi4 by
+# tests/properties (counterpoise.tsv, full_ci.tsv).  HeH+ goes through the
+# He + H+ members (ATOMS_HEHPL, COUNTERPOISE_HEHPL).
+foreach(case IN ITEMS counterpoise:water_dimer_hf:Counterpoise
+                      counterpoise:hehp_hf:Counterpoise
+                      full_ci:h2_074:Two-electron)
+  string(REPLACE ":" ";" parts ${case})
+  list(GET parts 0 kind)
+  list(GET parts 1 mol)
+  list(GET parts 2 word)
+  add_test(NAME job.${kind}.${mol}
+    COMMAND ${CMAKE_COMMAND} -DNORVIK=$<TARGET_FILE:norvik_host>
+            -DMOL=${ref_data}/molecules_cp/${mol}.mol -DPAR=${job_data}/tight.par
+            -DWORKDIR=${CMAKE_CURRENT_BINARY_DIR}/jobs/${kind}_${mol} "-DTITLE=#  ${word}"
+            -DEXPECTED=${job_data}/${kind}_${mol}.txt -P ${CMAKE_CURRENT_LIST_DIR}/run_section.cmake)
+  set_tests_properties(job.${kind}.${mol} PROPERTIES ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
+endforeach()
+# The same HeH+ fragments given by --fragments (He neutral singlet, H+) through the
+# general members: the same section.
+add_test(NAME job.counterpoise.hehp_hf_fragments
+  COMMAND ${CMAKE_COMMAND} -DNORVIK=$<TARGET_FILE:norvik_host>
+          -DMOL=${ref_data}/molecules_cp/hehp_hf.mol -DPAR=${job_data}/tight.par
+          -DWORKDIR=${CMAKE_CURRENT_BINARY_DIR}/jobs/counterpoise_hehp_hf_fragments
+          "-DTITLE=#  Counterpoise" -DEXPECTED=${job_data}/counterpoise_hehp_hf.txt
+          "-DOPTIONS=--fragments;0,1,1,1" -P ${CMAKE_CURRENT_LIST_DIR}/run_section.cmake)
+set_tests_properties(job.counterpoise.hehp_hf_fragments PROPERTIES
+                     ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
 # The stability check and its restart: stretched H2 leaves its unstable RHF
 # solution for the broken-symmetry UHF one, against Psi4's UHF energy from a mixed
 # guess (stability_uhf.tsv).
