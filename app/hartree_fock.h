@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host_job.h"
+#include "mp2.h"
 #include "vibrations.h"
 
 namespace host {
@@ -41,6 +42,7 @@ struct PointResult {
   double commutator = 0.0;                         // |FPS - SPF| of the last cycle [hartree]
   std::optional<OptimisationResult> optimisation;  // record 6 > 0: the optimisation
   std::optional<VibrationResult> vibrations;       // record 10 = 1: the analysis
+  std::optional<Mp2Result> mp2;                    // theory MP2: the MP2 energy
 };
 
 // Runs the free atoms and the single point (or, with optimisation cycles, the

@@ -1,6 +1,7 @@
 // norvik: the command-line host.
 //
 //   norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE] [--grid LEVEL]
+//              [--frozen-core]
 //
 // Checks the input files and the output names, runs the job through the library
 // with the report and the run log under partial names, and renames them into
@@ -44,6 +45,7 @@ constexpr std::size_t kMaxProblemsShown = 20;
 void usage(std::ostream& out) {
   out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
          "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense]\n"
+         "                  [--frozen-core]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -57,6 +59,8 @@ void usage(std::ostream& out) {
          "                  default: the molecule file's name without its extension\n"
          "  --grid LEVEL    Kohn-Sham integration grid: standard (default, fast) or dense\n"
          "                  (converged energies, about ten times the points)\n"
+         "  --frozen-core   MP2 (theory MP2) with the atoms' core orbitals frozen (default:\n"
+         "                  all electrons)\n"
          "\n"
          "The host checks both input files before the job starts.  The job writes the\n"
          "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
@@ -95,7 +99,8 @@ struct Request {
   std::string molecule_file, parameter_file, report, log, xyz;
   std::string vib;  // prefix of the vibrational analysis's files
   bool has_parameter_file = false;
-  int grid_level = 0;  // Kohn-Sham grid: 0 standard, 1 dense
+  int grid_level = 0;        // Kohn-Sham grid: 0 standard, 1 dense
+  bool frozen_core = false;  // MP2 with the atoms' cores frozen
 };
 
 // How the molecule's SCF ended, on standard output; the exit status.
@@ -144,6 +149,7 @@ int run_job(const Request& request, const host::InputFacts& facts,
     if (out.what == "Raman spectrum") job.raman_file = out.partial;
   }
   job.grid_level = request.grid_level;
+  job.frozen_core = request.frozen_core;
 
   host::setup(job);
   if (job.threads > 0) omp_set_num_threads(job.threads);
@@ -168,6 +174,12 @@ int run_job(const Request& request, const host::InputFacts& facts,
         "largest gradient component %.2e eV/A\n",
         o.driver.c_str(), o.converged ? "converged" : "NOT converged", o.cycles, o.points,
         o.gradients, o.largest_gradient);
+  }
+  if (point.mp2) {
+    const host::Mp2Result& m = *point.mp2;
+    std::printf("norvik: E(MP2) = %.9f hartree (E(2) = %.9f hartree, %s)\n",
+                m.total / host::kHartreeEv, m.correction / host::kHartreeEv,
+                m.frozen_core ? "frozen core" : "all electrons");
   }
   if (point.vibrations) {
     const host::VibrationResult& v = *point.vibrations;
@@ -223,6 +235,8 @@ Request parse(const std::vector<std::string>& args) {
         fail("--grid " + level + ": the grid is 'standard' (the default) or 'dense'");
       }
       request.grid_level = level == "dense" ? 1 : 0;
+    } else if (a == "--frozen-core") {
+      request.frozen_core = true;
     } else if (a == "-h" || a == "--help") {
       usage(std::cout);
       std::exit(kSuccess);

@@ -91,7 +91,7 @@ QuartetWalk quartet_walk(const two::ContextView& c) {
 // i0 … i0 + ni − 1 of `s`: for the packed pair p of λ ≥ σ the (nv, ni) block
 // at p·nv·ni, column-major (a fastest).  Pairs of dropped shell pairs keep
 // what x held (zeros from the caller).
-void first_half(const QuartetWalk& w, const SpinOrbitals& s, Index i0, Index ni,
+void first_half(const QuartetWalk& w, const SpinOrbitals& s, Index i0, Index ni, double neglect,
                 std::vector<double>& x) {
   const Index n = s.n, nv = s.nv;
   const int nshpair = static_cast<int>(w.list.a.size());
@@ -111,7 +111,7 @@ void first_half(const QuartetWalk& w, const SpinOrbitals& s, Index i0, Index ni,
       const std::size_t plane = size(n) * size(n);
       std::fill_n(a.begin(), plane * size(nq), 0.0);
       for (int P = 0; P < nshpair; ++P) {
-        if (w.bound[size(P)] * w.bound[size(Q)] < two::kQuartetNeglect) continue;
+        if (w.bound[size(P)] * w.bound[size(Q)] < neglect) continue;
         const two::IntegralShell& A = w.shells[size(w.list.a[size(P)])];
         const two::IntegralShell& B = w.shells[size(w.list.b[size(P)])];
         two::shell_quartet(w.shells, w.pairs, P, Q, block.data(), ws);
@@ -275,6 +275,7 @@ Mp2Energy mp2_energy(const basis::BasisSet& basis, const scf::JobControl& job,
   }
   result.restricted = counts.alpha == counts.beta && same_orbitals(orbitals, n);
   const QuartetWalk walk = quartet_walk(p.context.view());
+  const double neglect = std::max(two::kQuartetNeglect, options.screening / constants::kHartreeEv);
   const SpinOrbitals alpha = spin_orbitals(orbitals, n, 0, counts.alpha, result.frozen, p.northo);
   const SpinOrbitals beta = spin_orbitals(orbitals, n, 1, counts.beta, result.frozen, p.northo);
 
@@ -293,7 +294,7 @@ Mp2Energy mp2_energy(const basis::BasisSet& basis, const scf::JobControl& job,
       // A shorter last batch packs its blocks closer: clear what the dropped
       // shell pairs would otherwise read.
       if (ni != batch) std::fill(x.begin(), x.end(), 0.0);
-      first_half(walk, s, i0, ni, x);
+      first_half(walk, s, i0, ni, neglect, x);
       ++result.passes;
       bool same = true;
       for (const SpinOrbitals* other : partners) {

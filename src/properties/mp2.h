@@ -26,6 +26,9 @@ struct Mp2Options {
   // Occupied orbitals per batch; 0 chooses from memory_gb.  Set by tests to
   // force the batched route.
   int batch = 0;
+  // Shell quartets whose Schwarz bound max√(μν|μν)·max√(λσ|λσ) is below this
+  // [eV] (and in any case below two::kQuartetNeglect) are not computed.
+  double screening = 0.0;
 };
 
 struct Mp2Energy {

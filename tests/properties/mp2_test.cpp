@@ -6,7 +6,21 @@
 
 #include <gtest/gtest.h>
 
+#include "norvik.h"
+#include "report/property_sections.h"
+#ifdef _WIN32
+#include <io.h>
+#define dup2 _dup2
+#else
+#include <unistd.h>
+#endif
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <sstream>
 #include <string>
@@ -158,6 +172,134 @@ TEST(Mp2, FrozenCoreCountsThePreviousNobleGasShells) {
   }
   const std::vector<int> water_dimer = {8, 1, 1, 8, 1, 1};
   EXPECT_EQ(frozen_core_orbitals(water_dimer), 2);
+}
+
+// The export on water as a host holds it (HF_1POINT's point, blank-padded
+// names): the core's parts in eV, the total, the frozen core and the fatal paths.
+struct HostWater {
+  HostWater() {
+    const std::size_t nn = 7 * 7;
+    std::vector<double> atomrho(2 * nn);
+    rho.assign(2 * nn, 0.0);
+    orbitals.assign(2 * (nn + 7), 0.0);
+    const norvik_int natom = 3, istart = 1, niter[2] = {100, 100};
+    const double damp[2] = {0.5, 0.5}, thr[2] = {1e-10, 1e-10};
+    double dipole[3] = {}, de = 0;
+    norvik_int northo = 0, incore = 0;
+    HF_1POINT(basis.data(), &natom, z.data(), z.data(), pos.data(), &nocc, &nocc, niter, damp, thr,
+              thr, &ram, &screen, &orth, &istart, atomrho.data(), &nbasis, rho.data(),
+              orbitals.data(), &escf, dipole, &de, &northo, &incore);
+  }
+  std::array<double, 4> mp2(const char* method, norvik_int n, norvik_bool frozen) const {
+    std::array<double, 4> e{};
+    const std::string m = std::string(method) + std::string(10 - std::strlen(method), ' ');
+    const norvik_int natom = 3;
+    MOLLER_PLESSET_2ND(m.data(), basis.data(), &natom, z.data(), z.data(), pos.data(), &nocc, &nocc,
+                       &n, orbitals.data(), &escf, &ram, &screen, &orth, &frozen, e.data(), &e[3]);
+    return e;
+  }
+  std::string basis = "STO-3G              ";
+  std::vector<int> z{8, 1, 1};
+  std::vector<double> pos{0, 0, 0, 0, 0.756950, -0.585882, 0, -0.756950, -0.585882};
+  norvik_int nocc = 5, nbasis = 7;
+  double ram = 4.0, screen = 0.0, orth = 1e-8, escf = 0.0;
+  std::vector<double> rho, orbitals;
+};
+
+TEST(Mp2, ExportInElectronvolts) {
+  const HostWater w;
+  scf::JobControl job;
+  job.basis = "STO-3G";
+  for (norvik_bool frozen : {0, 1}) {
+    Mp2Options options;
+    options.frozen_core = frozen != 0;
+    const Mp2Energy core = mp2_energy(basis::make_basis("STO-3G", w.z), job, {w.z, w.z, w.pos},
+                                      {5, 5}, w.orbitals, options);
+    const std::array<double, 4> e = w.mp2("MP2", 7, frozen);
+    const double ev = constants::kHartreeEv;
+    EXPECT_NEAR(e[0], core.correlation * ev, 1e-12) << "frozen " << frozen;
+    EXPECT_NEAR(e[1], core.same_spin * ev, 1e-12) << "frozen " << frozen;
+    EXPECT_NEAR(e[2], core.opposite_spin * ev, 1e-12) << "frozen " << frozen;
+    EXPECT_EQ(e[3], w.escf + e[0]);
+    EXPECT_LT(e[0], 0.0);
+  }
+  // freezing the oxygen 1s takes a small, negative share away
+  EXPECT_GT(w.mp2("HF", 7, 1)[0], w.mp2("HF", 7, 0)[0]);
+}
+
+#define STDOUT_TO_STDERR(call) \
+  {                            \
+    std::fflush(stdout);       \
+    dup2(2, 1);                \
+    call;                      \
+  }
+
+TEST(Mp2DeathTest, WrongPointEndsTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const HostWater w;
+  EXPECT_EXIT(STDOUT_TO_STDERR(w.mp2("MP2", 8, 0)), ::testing::ExitedWithCode(1),
+              "Wrong nbasis in Moller_plesset_2nd\\. +8 +7");
+  EXPECT_EXIT(STDOUT_TO_STDERR(w.mp2("B3LYP", 7, 0)), ::testing::ExitedWithCode(1),
+              "MP2 needs a Hartree-Fock point, not B3LYP\\.");
+}
+
+std::vector<double> overlap(const HostWater& w) {
+  scf::JobControl job;
+  job.basis = "STO-3G";
+  return scf::prepare_system(basis::make_basis("STO-3G", w.z), w.pos, w.z, job).s;
+}
+
+std::string written(const std::function<void(const char*)>& write) {
+  const auto path = std::filesystem::temp_directory_path() / "norvik_mp2.report";
+  std::filesystem::remove(path);
+  std::string name = path.string();
+  name.resize(NORVIK_FILE_NAME_LENGTH, ' ');
+  write(name.data());
+  std::ifstream in(path);
+  std::stringstream text;
+  text << in.rdbuf();
+  std::filesystem::remove(path);
+  return text.str();
+}
+
+// The energy section byte for byte (values in eV; hartree = eV / 27.211386...),
+// and the caution box for each cause, both, and neither.
+TEST(Mp2, ReportSections) {
+  const double escf = -2068.681548622, e2[3] = {-5.346165849, -1.349046302, -3.997119548};
+  EXPECT_EQ(written([&](const char* r) { WRITE_ENERGY_MP2(&escf, e2, r); }),
+            "#\n"
+            "#  MP2 energy\n"
+            "#  SCF energy         =      -2068.681548622 [eV] =     -76.0226479708 [au]\n"
+            "#  MP2 same-spin      =         -1.349046302 [eV] =      -0.0495765393 [au]\n"
+            "#  MP2 opposite-spin  =         -3.997119548 [eV] =      -0.1468914403 [au]\n"
+            "#  MP2 correction     =         -5.346165849 [eV] =      -0.1964679796 [au]\n"
+            "#  MP2 total energy   =      -2074.027714471 [eV] =     -76.2191159505 [au]\n");
+  EXPECT_TRUE(report::mp2_caution(true, 0.0999).empty());
+  const report::Lines both = report::mp2_caution(false, 0.1234);
+  const report::Lines expected{"#",
+                               "######################################################",
+                               "# CAUTION                                            #",
+                               "# The SCF below this MP2 energy did not converge:    #",
+                               "# its MP2 correction is not reliable.                #",
+                               "# The UHF reference is spin contaminated:            #",
+                               "# <S**2> - S(S+1) =   0.1234 (above 0.1).            #",
+                               "######################################################"};
+  EXPECT_EQ(both, expected);
+  EXPECT_EQ(report::mp2_caution(false, 0.0).size(), 6u);
+  EXPECT_EQ(report::mp2_caution(true, 0.2)[3],
+            "# The UHF reference is spin contaminated:            #");
+  // through the export: a converged closed shell writes nothing
+  const HostWater w;
+  const norvik_bool converged = 1, failed = 0;
+  EXPECT_EQ(written([&](const char* r) {
+              WRITE_MP2_CAUTION(&converged, &w.nbasis, overlap(w).data(), w.rho.data(), r);
+            }),
+            "");
+  EXPECT_EQ(written([&](const char* r) {
+              WRITE_MP2_CAUTION(&failed, &w.nbasis, overlap(w).data(), w.rho.data(), r);
+            }).substr(0, 2 + 55 + 55),
+            "#\n######################################################\n"
+            "# CAUTION                                            #\n");
 }
 
 }  // namespace
