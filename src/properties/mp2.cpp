@@ -8,8 +8,10 @@
 // orbital i: X_i(a, λ, σ) unpacked, (ia|jσ) = Σ_λ X_i C_λj, then for every j
 // (ia|jb) = Σ_σ (ia|jσ) C_σb, and the pair energies of i.
 //
-// Every ket pair computes its integrals with every bra pair, so each distinct
-// quartet is evaluated twice (bra–ket symmetry is not used): the price of
+// When the integral store fits the memory limit it is filled once (each
+// distinct quartet computed once) and A is read from it.  Otherwise every ket
+// pair computes its integrals with every bra pair, so each distinct quartet is
+// evaluated twice in each pass (bra–ket symmetry is not used): the price of
 // giving each ket pair's columns of X to exactly one thread.  The sums do not
 // depend on the number of threads: each column of X and each orbital i's pair
 // energies are made by one thread in a fixed order, and the orbitals' energies
@@ -31,6 +33,7 @@
 #include "integrals/two/unique_quartets.h"
 #include "linalg/kernels.h"
 #include "linalg/matrix.h"
+#include "linalg/memory_estimates.h"
 
 namespace norvik::properties {
 namespace {
@@ -70,21 +73,48 @@ SpinOrbitals spin_orbitals(std::span<const double> orbitals, int n, int spin, in
   return s;
 }
 
-// The shell data of the integral walk, decoded once.
+// The shell data of the integral walk, decoded once, and the integral store
+// when there is one.
 struct QuartetWalk {
   std::vector<two::IntegralShell> shells;
   two::PairList list;
   two::PairData pairs;
   std::vector<double> bound;  // largest √(ij|ij) per kept shell pair
+  two::ContextView store;     // store.vint empty: compute the quartets
 };
 
 QuartetWalk quartet_walk(const two::ContextView& c) {
   QuartetWalk w;
+  w.store = c;
   w.shells = two::decode_shells(c.nshell, c.shelltab);
   w.list = two::pair_list(c.nshpair, c.shpair);
   w.pairs = two::make_pair_data(w.shells, w.list.a, w.list.b);
   w.bound = two::pair_bounds(w.shells, w.list, c.vdiag);
   return w;
+}
+
+// A(μ, ν, q) of the ket functions q = (fc, fd) of shells C, D from the store:
+// every kept pair μν against the kept pair λσ (dropped pairs stay zero).
+void fill_from_store(const two::ContextView& c, const two::IntegralShell& C,
+                     const two::IntegralShell& D, double* a) {
+  const std::size_t n = size(c.nbasis), plane = n * n;
+  const bool same_shell = C.first == D.first;
+  for (int fc = 0; fc < C.kind; ++fc) {
+    for (int fd = 0; fd < D.kind; ++fd) {
+      const int lambda = C.first + fc, sigma = D.first + fd;
+      if (same_shell && sigma > lambda) continue;
+      const std::int32_t Q = c.pairmap[size(two::pair_index(lambda, sigma))];
+      if (Q == 0) continue;
+      double* aq = a + plane * size(fc * D.kind + fd);
+      for (std::int32_t P = 1; P <= c.npair; ++P) {
+        const std::size_t mu = size(c.pairlist[2 * size(P - 1)] - 1);
+        const std::size_t nu = size(c.pairlist[2 * size(P - 1) + 1] - 1);
+        const double v = c.vint[size(two::store_index(P, Q))];
+        aq[mu + n * nu] = v;
+        aq[nu + n * mu] = v;
+      }
+    }
+  }
 }
 
 // The half-transformed integrals (ia|λσ) of the occupied orbitals
@@ -110,7 +140,8 @@ void first_half(const QuartetWalk& w, const SpinOrbitals& s, Index i0, Index ni,
       const Index nq = C.kind * D.kind;
       const std::size_t plane = size(n) * size(n);
       std::fill_n(a.begin(), plane * size(nq), 0.0);
-      for (int P = 0; P < nshpair; ++P) {
+      if (!w.store.vint.empty()) fill_from_store(w.store, C, D, a.data());
+      for (int P = 0; P < nshpair && w.store.vint.empty(); ++P) {
         if (w.bound[size(P)] * w.bound[size(Q)] < neglect) continue;
         const two::IntegralShell& A = w.shells[size(w.list.a[size(P)])];
         const two::IntegralShell& B = w.shells[size(w.list.b[size(P)])];
@@ -263,10 +294,19 @@ Mp2Energy mp2_energy(const basis::BasisSet& basis, const scf::JobControl& job,
   // quartets), and the independent combinations of the basis.
   scf::JobControl limits = job;
   limits.memory_gb = 0.0;
-  const scf::PreparedSystem p =
-      scf::prepare_system(basis, molecule.positions, molecule.charges, limits);
-
+  scf::PreparedSystem p = scf::prepare_system(basis, molecule.positions, molecule.charges, limits);
   Mp2Energy result;
+  // The integral store first, when it fits the limit; the half-transformed
+  // integrals from what is left.
+  double memory_gb = options.memory_gb;
+  const double store_gb = memory::integral_store_gb(p.context.npair);
+  if (options.use_store && store_gb <= memory_gb) {
+    p.context.vint.resize(size(two::packed_size(p.context.npair)));
+    two::fill_store(p.context.view(), p.context.vint);
+    memory_gb -= store_gb;
+    result.stored = true;
+  }
+
   result.frozen = options.frozen_core ? frozen_core_orbitals(molecule.charges) : 0;
   if (result.frozen > std::min(counts.alpha, counts.beta) && result.frozen > 0) {
     throw Error(fortran::list_directed(
@@ -286,7 +326,7 @@ Mp2Energy mp2_energy(const basis::BasisSet& basis, const scf::JobControl& job,
     if (s.no == 0 || s.nv == 0) return sums;
     const int batch = options.batch > 0 ? std::min<int>(options.batch, static_cast<int>(s.no))
                                         : mp2_batch_size(n, static_cast<int>(s.no),
-                                                         static_cast<int>(s.nv), options.memory_gb);
+                                                         static_cast<int>(s.nv), memory_gb);
     if (result.batch == 0) result.batch = batch;
     std::vector<double> x(size(two::packed_size(n)) * size(s.nv) * size(batch), 0.0);
     for (Index i0 = 0; i0 < s.no; i0 += batch) {

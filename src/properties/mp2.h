@@ -19,15 +19,19 @@ namespace norvik::properties {
 
 struct Mp2Options {
   bool frozen_core = false;  // freeze the noble-gas core of every atom (frozen_core_orbitals)
-  // Limit for the half-transformed integrals (ia|λσ) [GB].  The occupied
-  // orbitals i go through the integrals in batches that fit it; all of them at
-  // once (one pass over the integrals per spin) when the whole set fits.
+  // Limit for the integral store and the half-transformed integrals (ia|λσ)
+  // [GB].  The store is filled when it fits (then each distinct integral is
+  // computed once); the occupied orbitals i go through the integrals in
+  // batches that fit what is left, all of them at once (one pass per spin)
+  // when the whole set fits.
   double memory_gb = 4.0;
+  bool use_store = true;  // false: compute the quartets in every pass whatever the limit
   // Occupied orbitals per batch; 0 chooses from memory_gb.  Set by tests to
   // force the batched route.
   int batch = 0;
-  // Shell quartets whose Schwarz bound max√(μν|μν)·max√(λσ|λσ) is below this
-  // [eV] (and in any case below two::kQuartetNeglect) are not computed.
+  // Without the store, shell quartets whose Schwarz bound
+  // max√(μν|μν)·max√(λσ|λσ) is below this [eV] (and in any case below
+  // two::kQuartetNeglect) are not computed; the store keeps what it keeps.
   double screening = 0.0;
 };
 
@@ -36,6 +40,7 @@ struct Mp2Energy {
   double same_spin = 0.0;      // αα + ββ pairs [hartree]
   double opposite_spin = 0.0;  // αβ pairs [hartree]
   bool restricted = false;     // RMP2 (else UMP2)
+  bool stored = false;         // the integrals came from the store
   int frozen = 0;              // frozen orbitals of each spin
   int batch = 0;               // occupied orbitals per pass (alpha, or the only spin)
   int passes = 0;              // passes over the AO integrals, both spins
