@@ -1,5 +1,6 @@
 #!/bin/sh
-# MP2/6-31G* of adamantane (C10H16, 26 atoms, 172 functions with pure d):
+# MP2 of a molecule file's molecule in its basis, by default adamantane in
+# 6-31G* (C10H16, 26 atoms, 172 functions with pure d):
 # the norvik host job (theory MP2), Psi4 1.3.2 (conventional MP2 on a PK
 # SCF) and NWChem 7.0.2 (task mp2), each on 2 threads or processes, in C1 and
 # with the same SCF convergence (energy 1e-10).  Prints each program's wall
@@ -26,5 +27,5 @@ run norvik "$build/app/norvik" run "$work/norvik.mol" "$here/mp2.par"
 grep -A4 '^# MP2 energy' "$work"/*.out || true
 run psi4 /usr/bin/psi4 -n 2 -i "$work/psi4.in" -o "$work/psi4.out"
 grep -E 'SCF Total Energy|MP2 Correlation Energy|MP2 Total Energy' "$work/psi4.out" | head -3 || true
-run nwchem mpirun -np 2 nwchem "$work/nwchem.nw"
+run nwchem mpirun --allow-run-as-root -np 2 nwchem "$work/nwchem.nw"
 grep -E 'Total SCF energy|Correlation energy|Total MP2 energy' "$work/out_nwchem.txt" || true

@@ -7,6 +7,14 @@ set -eu
 mol=$1
 out=$2
 atoms=$(tail -n +24 "$mol" | awk 'NF >= 4 { printf "%s %s %s %s\n", $1, $2, $3, $4 }')
+# norvik's basis name (record 2) as the other programs write it: x is *, p is +, a
+# trailing C asks for Cartesian d functions.
+name=$(sed -n 4p "$mol" | tr -d "' ")
+case $name in
+  *C) shape=cartesian; puream=false; name=${name%C} ;;
+  *) shape=spherical; puream=true ;;
+esac
+library=$(printf '%s' "$name" | sed 's/x/*/g; s/p/+/g')
 sed "2s/.*/'MP2'/" "$mol" > "$out/norvik.mol"
 cat > "$out/psi4.in" <<PSI4
 memory 3 gb
@@ -18,8 +26,8 @@ no_reorient
 no_com
 }
 set {
-  basis 6-31G*
-  puream true
+  basis $library
+  puream $puream
   scf_type pk
   mp2_type conv
   e_convergence 1e-10
@@ -33,8 +41,8 @@ memory total 3000 mb
 geometry units angstrom noautoz noautosym
 $atoms
 end
-basis spherical
-  * library 6-31G*
+basis $shape
+  * library $library
 end
 scf
   thresh 1e-8
