@@ -5,8 +5,8 @@
 //
 //   bench_mp2 FILE.mol [MEMORY_GB [direct]]
 #include <chrono>
-#include <ctime>
 #include <cstdio>
+#include <ctime>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -81,7 +81,9 @@ int main(int argc, char** argv) {
   const std::clock_t c0 = std::clock();
   const auto e = properties::mp2_energy(basis, job, view, settings.counts, orbitals, options);
   const double cpu = static_cast<double>(std::clock() - c0) / CLOCKS_PER_SEC;
-  std::printf("MP2 %.2f s, cpu %.2f s (%s, batch %d, passes %d)  E(2) %.10f  same %.10f  opposite %.10f\n",
-              seconds_since(t0), cpu, e.stored ? "stored" : "direct", e.batch, e.passes, e.correlation, e.same_spin, e.opposite_spin);
+  std::printf(
+      "MP2 %.2f s, cpu %.2f s (%s, batch %d, passes %d)  E(2) %.10f  same %.10f  opposite %.10f\n",
+      seconds_since(t0), cpu, e.stored ? "stored" : "direct", e.batch, e.passes, e.correlation,
+      e.same_spin, e.opposite_spin);
   return 0;
 }
