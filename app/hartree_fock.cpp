@@ -251,6 +251,11 @@ PointResult run_hartree_fock(Job& job) {
   if (runs_full_ci(job) && result.converged) run_full_ci(job, n, orbitals, result.energy);
   // A Kohn–Sham SCF that did not settle gets the caution box.
   if (job.kohn_sham && !result.converged) WRITE_CAUTION(report);
+  // Theory MP2: the MP2 energy of the final point (the optimised geometry
+  // after an optimisation).
+  if (is_mp2(job)) {
+    result.mp2 = run_mp2(job, n, S, rho, orbitals, result.energy, result.converged);
+  }
   // The vibrational analysis and thermochemistry of the converged point.
   if (job.vibrations >= 1 && result.converged) {
     result.vibrations =

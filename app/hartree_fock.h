@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host_job.h"
+#include "mp2.h"
 #include "stability.h"
 #include "vibrations.h"
 
@@ -44,6 +45,7 @@ struct PointResult {
   std::optional<OptimisationResult> optimisation;  // record 6 > 0: the optimisation
   std::optional<VibrationResult> vibrations;       // record 10 = 1: the analysis
   std::optional<StabilityOutcome> stability;       // --stability: the check
+  std::optional<Mp2Result> mp2;                    // theory MP2: the MP2 energy
 };
 
 // Runs the free atoms and the single point (or, with optimisation cycles, the

@@ -45,8 +45,9 @@ struct Job {
   std::string modes_xyz_file, modes_molden_file, infrared_file, raman_file;
 
   bool kohn_sham = false;
-  int grid_level = 0;      // Kohn-Sham grid (--grid): 0 standard, 1 dense
-  bool stability = false;  // --stability: check the SCF solution and follow instabilities
+  int grid_level = 0;        // Kohn-Sham grid (--grid): 0 standard, 1 dense
+  bool stability = false;    // --stability: check the SCF solution and follow instabilities
+  bool frozen_core = false;  // MP2 (--frozen-core): the atoms' cores frozen
 
   // Capacity of the atom arrays handed to the library, which refuses a file with
   // this many atoms or more: the host sets it from the atom records it counted

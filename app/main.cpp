@@ -1,6 +1,7 @@
 // norvik: the command-line host.
 //
 //   norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE] [--grid LEVEL]
+//              [--frozen-core]
 //
 // Checks the input files and the output names, runs the job through the library
 // with the report and the run log under partial names, and renames them into
@@ -49,6 +50,7 @@ void usage(std::ostream& out) {
          "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense] [--stability]\n"
          "                  [--orbitals [all]] [--cube WHAT[,WHAT...]] [--cube-prefix PREFIX]\n"
          "                  [--cube-step STEP] [--cube-points N] [--fragments QA,MA,QB,MB]\n"
+         "                  [--frozen-core]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -78,6 +80,8 @@ void usage(std::ostream& out) {
          "  --fragments Q,M,Q,M  counterpoise job (record 18): charge and multiplicity of\n"
          "                  fragment A, then of fragment B (multiplicity 0: the lowest);\n"
          "                  default: neutral fragments (HeH+: He and H+)\n"
+         "  --frozen-core   MP2 (theory MP2) with the atoms' core orbitals frozen (default:\n"
+         "                  all electrons)\n"
          "\n"
          "The host checks both input files before the job starts.  The job writes the\n"
          "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
@@ -118,7 +122,8 @@ struct Request {
   bool has_parameter_file = false;
   int grid_level = 0;  // Kohn-Sham grid: 0 standard, 1 dense
   bool stability = false;
-  int orbital_tables = 0;  // --orbitals: 0 none, 1 around the gap, 2 all
+  bool frozen_core = false;  // MP2 with the atoms' cores frozen
+  int orbital_tables = 0;    // --orbitals: 0 none, 1 around the gap, 2 all
   std::vector<std::string> cubes;
   std::string cube_prefix;
   double cube_step = host::kCubeStep;
@@ -197,6 +202,7 @@ int run_job(const Request& request, const host::InputFacts& facts,
   job.orbital_tables = request.orbital_tables;
   job.cube_step = request.cube_step;
   job.cube_max_points = request.cube_max_points;
+  job.frozen_core = request.frozen_core;
 
   host::setup(job);
   // The orbitals asked for must exist before the SCF is spent on them.
@@ -229,6 +235,12 @@ int run_job(const Request& request, const host::InputFacts& facts,
         "largest gradient component %.2e eV/A\n",
         o.driver.c_str(), o.converged ? "converged" : "NOT converged", o.cycles, o.points,
         o.gradients, o.largest_gradient);
+  }
+  if (point.mp2) {
+    const host::Mp2Result& m = *point.mp2;
+    std::printf("norvik: E(MP2) = %.9f hartree (E(2) = %.9f hartree, %s)\n",
+                m.total / host::kHartreeEv, m.correction / host::kHartreeEv,
+                m.frozen_core ? "frozen core" : "all electrons");
   }
   if (point.vibrations) {
     const host::VibrationResult& v = *point.vibrations;
@@ -330,6 +342,8 @@ Request parse(const std::vector<std::string>& args) {
       }
     } else if (a == "--fragments") {
       request.fragments = fragment_settings(i + 1 < args.size() ? args[++i] : "");
+    } else if (a == "--frozen-core") {
+      request.frozen_core = true;
     } else if (a == "-h" || a == "--help") {
       usage(std::cout);
       std::exit(kSuccess);

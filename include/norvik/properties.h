@@ -269,6 +269,50 @@ NORVIK_API void CUBE_EXPORT(const char* file, const norvik_int* what, const norv
 NORVIK_API void PLOT_ATOM(const char* file, const norvik_int* zel, const char* basis,
                           const norvik_int* nbasis, const double* rho, const double* half_width,
                           const norvik_int* npoint);
+/* The MP2 energy of a converged Hartree–Fock point (method docs/mp2.md).  The
+ * argument list of MOLLER_PLESSET_2ND:
+ *   1 method (in, 10 chars: "HF", "MP2", "RPA" or "TDA", the Hartree–Fock
+ *     point; a functional stops with "MP2 needs a Hartree-Fock point, not NAME.");
+ *   2 basis (in, 20 chars);  3 natom;  4 zat (in, natom nuclear charges, 0 a
+ *   ghost);  5 zel (in, natom elements);  6 pos (in, (3, natom) Å);
+ *   7 nalpha, 8 nbeta (in, the occupied orbitals of each spin: the lowest ones);
+ *   9 nbasis (in, must equal the basis size);  10 orbitals (in, (n, n+1, 2));
+ *   11 escf (in, the point's total energy, eV);
+ *   12 ramlimit (in, GB: the limit for the half-transformed integrals (ia|λσ),
+ *     8·nocc·nvir·n(n+1)/2 bytes; above it the occupied orbitals go through the
+ *     integrals in batches);
+ *   13 thr_screen (in, eV: shell quartets whose Schwarz bound is below it are
+ *     skipped; 0 skips only those below 1e-14 hartree);
+ *   14 thr_orth (in, smallest overlap eigenvalue kept, as in the SCF);
+ *   15 frozen (in, 0 all electrons, 1 the core of every atom frozen: 1 orbital
+ *     per Li–Ne atom, 5 Na–Ar, 9 K–Kr, 18 Rb–Xe);
+ *   16 emp2 (out, 3: the correction E(2), its same-spin and its opposite-spin
+ *     part, eV);  17 etotal (out, escf + E(2), eV).
+ * RMP2 when nalpha = nbeta and the two spins' orbitals agree, UMP2 otherwise.
+ * A wrong nbasis stops with "Wrong nbasis in Moller_plesset_2nd." and both
+ * numbers; a frozen core larger than a spin's occupied orbitals stops with
+ * "Frozen core larger than the occupied orbitals." and both counts. */
+#define NORVIK_MP2_ARGS                                                                            \
+  const char *method, const char *basis, const norvik_int *natom, const norvik_int *zat,           \
+      const norvik_int *zel, const double *pos, const norvik_int *nalpha, const norvik_int *nbeta, \
+      const norvik_int *nbasis, const double *orbitals, const double *escf,                        \
+      const double *ramlimit, const double *thr_screen, const double *thr_orth,                    \
+      const norvik_bool *frozen, double *emp2, double *etotal
+
+NORVIK_API void MOLLER_PLESSET_2ND(NORVIK_MP2_ARGS);
+
+/* The MP2 section of the report: escf (in, eV), emp2 (in, 3 as MOLLER_PLESSET_2ND
+ * returns it, eV), report (in, file name).  The SCF energy, the same-spin and
+ * opposite-spin parts, the correction and the total, in eV and hartree. */
+NORVIK_API void WRITE_ENERGY_MP2(const double* escf, const double* emp2, const char* report);
+
+/* The caution box of an MP2 energy on a doubtful reference: converged (in, 0 if
+ * the SCF did not converge), nbasis, S (in, (n, n) overlap), rho (in, (n, n, 2)
+ * density), report.  Written when the SCF did not converge or when <S**2> of the
+ * determinant exceeds S(S+1) by more than 0.1, naming each cause; nothing
+ * otherwise. */
+NORVIK_API void WRITE_MP2_CAUTION(const norvik_bool* converged, const norvik_int* nbasis,
+                                  const double* S, const double* rho, const char* report);
 
 NORVIK_EXTERN_C_END
 

@@ -102,6 +102,7 @@ void run(Driver driver, const char* routine, const OptimizeArgs& a) {
   const std::string molname(text_in(a.molname, kLongKeywordLength));
   const double thr_orth = *a.thr_orth;
   const bool ks = kohn_sham.has_value();
+  const bool mp2 = io::trim_right(text_in(a.method, abi::kKeywordLength)) == "MP2";
 
   geometry::SurfaceHooks hooks;
   hooks.point = [&](int cycle) {
@@ -113,6 +114,14 @@ void run(Driver driver, const char* routine, const OptimizeArgs& a) {
         io::append_lines(report,
                          report::in_core(p.in_core, p.n, static_cast<int>(abi::packed(p.n)), npair,
                                          memory::integral_store_gb(npair), p.memory_gb));
+        // An MP2 job whose integrals (the RAMMP2 rule) do not fit the limit
+        // stops here, with the note in the report.
+        if (mp2 && !memory::mp2_fits(p.n, *a.ramlimit)) {
+          io::append_lines(report, report::insufficient_ram_mp2(memory::mp2_gb(p.n)));
+          throw Error(
+              fortran::list_directed({std::string("Insufficient RAM for MP2 in ") + routine + ".",
+                                      memory::mp2_gb(p.n), *a.ramlimit}));
+        }
         timestamp("SCF iteration for the molecule start.");
       }
     };

@@ -78,3 +78,43 @@ Lines populations(std::string_view kind, std::span<const int> elements,
 }
 
 }  // namespace norvik::report
+
+namespace norvik::report {
+
+Lines mp2_energy(double scf_energy, const std::array<double, 3>& e2) {
+  const auto line = [](const char* label, double ev) {
+    return format("(A,A,F20.9,A,F18.10,A)", {text("#  "), text(label), ev, text(" [eV] = "),
+                                             ev / constants::kHartreeEv, text(" [au]")});
+  };
+  return {"#",
+          "#  MP2 energy",
+          line("SCF energy         = ", scf_energy),
+          line("MP2 same-spin      = ", e2[1]),
+          line("MP2 opposite-spin  = ", e2[2]),
+          line("MP2 correction     = ", e2[0]),
+          line("MP2 total energy   = ", scf_energy + e2[0])};
+}
+
+Lines mp2_caution(bool converged, double contamination) {
+  const bool contaminated = contamination > kMp2SpinContamination;
+  if (converged && !contaminated) return {};
+  const std::string row(54, '#');
+  // "# " + 51 characters + "#"
+  const auto boxed = [](const std::string& s) {
+    return "# " + s + std::string(s.size() < 51 ? 51 - s.size() : 0, ' ') + "#";
+  };
+  Lines lines{"#", row, boxed("CAUTION")};
+  if (!converged) {
+    lines.push_back(boxed("The SCF below this MP2 energy did not converge:"));
+    lines.push_back(boxed("its MP2 correction is not reliable."));
+  }
+  if (contaminated) {
+    lines.push_back(boxed("The UHF reference is spin contaminated:"));
+    lines.push_back(boxed(
+        format("(A,F8.4,A)", {text("<S**2> - S(S+1) = "), contamination, text(" (above 0.1).")})));
+  }
+  lines.push_back(row);
+  return lines;
+}
+
+}  // namespace norvik::report

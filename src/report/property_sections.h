@@ -28,3 +28,18 @@ double isotropic(const std::array<double, 9>& alpha);
 double anisotropy(const std::array<double, 9>& alpha);
 
 }  // namespace norvik::report
+
+namespace norvik::report {
+
+// The MP2 energy: the SCF energy, the same-spin and opposite-spin parts of the
+// correction, the correction and the total, each in eV and hartree; energies
+// in eV, e2 = {correction, same spin, opposite spin}.
+Lines mp2_energy(double scf_energy, const std::array<double, 3>& e2);
+
+// The caution box of an MP2 energy whose reference is doubtful: an SCF that did
+// not converge, a spin contamination ⟨S²⟩ − S(S+1) above kMp2SpinContamination;
+// each cause present gets its lines, none gives no lines.
+inline constexpr double kMp2SpinContamination = 0.1;
+Lines mp2_caution(bool converged, double contamination);
+
+}  // namespace norvik::report

@@ -8,8 +8,11 @@ set(det_par ${PROJECT_SOURCE_DIR}/tests/host_job/data)
 
 # determinism_threads(name molecule parameters route): the job on 1, 2 and 3 threads.
 function(determinism_threads name mol par route)
+  if(NOT IS_ABSOLUTE ${mol})
+    set(mol ${det_molecules}/${mol})
+  endif()
   add_test(NAME determinism.threads.${name}
-    COMMAND ${CMAKE_COMMAND} -DNORVIK=$<TARGET_FILE:norvik_host> -DMOL=${det_molecules}/${mol}
+    COMMAND ${CMAKE_COMMAND} -DNORVIK=$<TARGET_FILE:norvik_host> -DMOL=${mol}
             -DPAR=${det_par}/${par} -DROUTE=${route} -DTHREADS=1,2,3
             -DWORKDIR=${CMAKE_CURRENT_BINARY_DIR}/determinism/threads.${name}
             -P ${det_dir}/same_bits.cmake)
@@ -34,6 +37,9 @@ determinism_threads(h2o_rhf_stored h2o_6-31Gxx.mol tight.par stored)
 determinism_threads(h2o_rhf_direct h2o_6-31Gxx.mol direct.par direct)
 determinism_threads(ch2_uhf_stored ch2_6-31Gxx.mol tight.par stored)
 determinism_threads(ch2_uhf_direct ch2_6-31Gxx.mol direct.par direct)
+# MP2 jobs (theory MP2): the MP2 step's sums as well, RMP2 and UMP2.
+determinism_threads(h2o_rmp2 ${det_dir}/data/h2o_6-31Gxx_mp2.mol tight.par stored)
+determinism_threads(ch2_ump2 ${det_dir}/data/ch2_6-31Gxx_mp2.mol tight.par stored)
 
 determinism_rotation(h2o_rhf h2o_6-31Gxx.mol tight.par)
 determinism_rotation(ch2_uhf ch2_6-31Gxx.mol tight.par)

@@ -3,7 +3,7 @@
 # message, that the inputs are untouched and what became of earlier reports and
 # logs (cli.cmake).  All of them run in seconds.
 set(host_cli_groups files names outputs molecule parameters accepted failures convergence
-                    large plots)
+                    large plots mp2)
 foreach(group IN LISTS host_cli_groups)
   add_test(NAME host_cli.${group}
     COMMAND ${CMAKE_COMMAND} -DNORVIK=$<TARGET_FILE:norvik_host>

@@ -258,3 +258,18 @@ string(REPLACE "\t" ";" cols "${stability_rows}")
 list(GET cols 2 energy)
 host_job(stability.h2_stretched ${ref_data}/stability/h2_stretched.mol tight.par ${energy}
          -DSTABILITY=ON)
+# MP2 jobs against Psi4's conventional MP2 (mp2.tsv: E_SCF + E_corr): water in
+# 6-31G** (RMP2, all electrons) and NH2 in 6-31+G* (UMP2, frozen core), the MP2
+# total within the tolerance of the Hartree-Fock jobs and the report's MP2 part
+# byte for byte.
+function(host_mp2_job name mol expect section)
+  add_test(NAME job.mp2.${name}
+    COMMAND ${CMAKE_COMMAND} -DNORVIK=$<TARGET_FILE:norvik_host> -DMOL=${ref_data}/${mol}
+            -DPAR=${job_data}/tight.par -DWORKDIR=${CMAKE_CURRENT_BINARY_DIR}/jobs/mp2_${name}
+            -DEXPECT=${expect} -DTOL=${job_tolerance} -DSECTION=${job_data}/${section} ${ARGN}
+            -P ${CMAKE_CURRENT_LIST_DIR}/run_mp2_job.cmake)
+  set_tests_properties(job.mp2.${name} PROPERTIES ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
+endfunction()
+host_mp2_job(h2o_6-31Gxx molecules/h2o_6-31Gxx.mol -76.219115950513 h2o_mp2.section)
+host_mp2_job(nh2_6-31pGx_frozen molecules/nh2_6-31pGx.mol -55.694315477940 nh2_mp2_frozen.section
+             -DFROZEN=ON)
