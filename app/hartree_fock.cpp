@@ -207,6 +207,10 @@ PointResult run_hartree_fock(Job& job) {
   }
   // A Kohn–Sham SCF that did not settle gets the caution box.
   if (job.kohn_sham && !result.converged) WRITE_CAUTION(report);
+  // The excited states of the converged point, when the theory asks for them.
+  if (is_excited_state_theory(trimmed(job.theory)) && result.converged) {
+    result.excitations = run_excited_states(job, n, rho, orbitals);
+  }
   // The vibrational analysis and thermochemistry of the converged point.
   if (job.vibrations >= 1 && result.converged) {
     result.vibrations =

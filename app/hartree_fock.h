@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "excited_states.h"
 #include "host_job.h"
 #include "vibrations.h"
 
@@ -41,6 +42,7 @@ struct PointResult {
   double commutator = 0.0;                         // |FPS - SPF| of the last cycle [hartree]
   std::optional<OptimisationResult> optimisation;  // record 6 > 0: the optimisation
   std::optional<VibrationResult> vibrations;       // record 10 = 1: the analysis
+  std::optional<ExcitationSummary> excitations;    // an excited-state theory
 };
 
 // Runs the free atoms and the single point (or, with optimisation cycles, the

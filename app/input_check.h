@@ -33,6 +33,7 @@ struct InputFacts {
   std::string start_density;    // record 12 of the molecule file ("" = free atoms)
   int optimisation_cycles = 0;  // record 6 (0: a single point)
   int vibrations = 0;           // record 10: 0 none, 1 vibrations and thermochemistry, 2 with Raman
+  std::string theory;           // record 2, trimmed ("" when it cannot be read)
 };
 
 // Checks that `path` names a regular file of at most kMaxInputBytes that can be

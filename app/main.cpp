@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "excited_states.h"
 #include "hartree_fock.h"
 #include "host_job.h"
 #include "input_check.h"
@@ -43,7 +44,7 @@ constexpr std::size_t kMaxProblemsShown = 20;
 
 void usage(std::ostream& out) {
   out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
-         "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense]\n"
+         "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense] [--states N]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -57,6 +58,9 @@ void usage(std::ostream& out) {
          "                  default: the molecule file's name without its extension\n"
          "  --grid LEVEL    Kohn-Sham integration grid: standard (default, fast) or dense\n"
          "                  (converged energies, about ten times the points)\n"
+         "  --states N      excited states per spin type for the theories TDA, RPA, TDKS*\n"
+         "                  and KSTDA* (default 10, at most 200); their UV-vis spectrum\n"
+         "                  goes to PREFIX.uv.dat (PREFIX as for --vib)\n"
          "\n"
          "The host checks both input files before the job starts.  The job writes the\n"
          "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
@@ -95,7 +99,8 @@ struct Request {
   std::string molecule_file, parameter_file, report, log, xyz;
   std::string vib;  // prefix of the vibrational analysis's files
   bool has_parameter_file = false;
-  int grid_level = 0;  // Kohn-Sham grid: 0 standard, 1 dense
+  int grid_level = 0;                 // Kohn-Sham grid: 0 standard, 1 dense
+  int states = host::kDefaultStates;  // excited states per spin type
 };
 
 // How the molecule's SCF ended, on standard output; the exit status.
@@ -142,8 +147,10 @@ int run_job(const Request& request, const host::InputFacts& facts,
     if (out.what == "normal modes (molden)") job.modes_molden_file = out.partial;
     if (out.what == "infrared spectrum") job.infrared_file = out.partial;
     if (out.what == "Raman spectrum") job.raman_file = out.partial;
+    if (out.what == "UV-vis spectrum") job.uv_file = out.partial;
   }
   job.grid_level = request.grid_level;
+  job.states = request.states;
 
   host::setup(job);
   if (job.threads > 0) omp_set_num_threads(job.threads);
@@ -175,6 +182,19 @@ int run_job(const Request& request, const host::InputFacts& facts,
         "norvik: %d vibrational modes (%d imaginary), zero-point energy %.6f eV, "
         "G(298.15 K) = %.9f hartree\n",
         v.modes, v.imaginary, v.zero_point, v.gibbs / host::kHartreeEv);
+  }
+  if (point.excitations) {
+    const host::ExcitationSummary& x = *point.excitations;
+    if (x.skipped_for_memory) {
+      std::printf(
+          "norvik: the excited states were left out: their Davidson vectors need more memory than "
+          "the limit of parameter record 2 (%.2f GB); raise it or ask for fewer --states\n",
+          job.memory_gb);
+    } else {
+      std::printf(
+          "norvik: %d excited states, lowest %.4f eV; strongest absorption f = %.4f at %.4f eV\n",
+          x.states, x.lowest, x.strongest_strength, x.strongest);
+    }
   }
   int status = verdict(job, point);
   if (status == kSuccess && point.optimisation && !point.optimisation->converged) {
@@ -223,6 +243,21 @@ Request parse(const std::vector<std::string>& args) {
         fail("--grid " + level + ": the grid is 'standard' (the default) or 'dense'");
       }
       request.grid_level = level == "dense" ? 1 : 0;
+    } else if (a == "--states") {
+      if (i + 1 == args.size()) fail("--states needs a number of states");
+      const std::string& value = args[++i];
+      std::size_t used = 0;
+      int states = 0;
+      try {
+        states = std::stoi(value, &used);
+      } catch (const std::exception&) {
+        used = 0;
+      }
+      if (used != value.size() || states < 1 || states > host::kMaxStates) {
+        fail("--states " + value + ": give a whole number of states per spin type from 1 to " +
+             std::to_string(host::kMaxStates));
+      }
+      request.states = states;
     } else if (a == "-h" || a == "--help") {
       usage(std::cout);
       std::exit(kSuccess);
@@ -294,6 +329,10 @@ int run(const std::vector<std::string>& args) {
     if (facts.vibrations == 2) {
       outputs.push_back(host::output_file("Raman spectrum", "--vib", request.vib + ".raman.dat"));
     }
+  }
+  // Excited states write their UV-vis spectrum beside the report.
+  if (host::is_excited_state_theory(facts.theory)) {
+    outputs.push_back(host::output_file("UV-vis spectrum", "--vib", request.vib + ".uv.dat"));
   }
   problems = host::output_problems(outputs, inputs);
   if (!problems.empty()) fail(problems);

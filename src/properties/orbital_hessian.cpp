@@ -176,6 +176,10 @@ OrbitalHessian::OrbitalHessian(const basis::BasisSet& basis, const scf::JobContr
 OrbitalHessian::~OrbitalHessian() = default;
 
 void OrbitalHessian::density(std::span<const double> x, std::span<double> p1) {
+  density(x, p1, 1.0);
+}
+
+void OrbitalHessian::density(std::span<const double> x, std::span<double> p1, double sign) {
   const std::size_t nn = size(n_) * size(n_);
   for (std::size_t s = 0; s < 2; ++s) {
     const SpinBlock& b = spins_[s];
@@ -184,7 +188,7 @@ void OrbitalHessian::density(std::span<const double> x, std::span<double> p1) {
       std::fill_n(out, nn, 0.0);
       continue;
     }
-    // W = C_v X (n × nocc), Q = W C_oᵀ, P1 = Q + Qᵀ (exactly symmetric).
+    // W = C_v X (n × nocc), Q = W C_oᵀ, P1 = Q ± Qᵀ (exactly (anti)symmetric).
     linalg::gemm(Op::none, Op::none, 1.0, b.vir,
                  ConstMatrixView(x.data() + b.offset, b.nvir, b.nocc, b.nvir), 0.0,
                  MatrixView(work_.data(), n_, b.nocc, n_));
@@ -193,7 +197,7 @@ void OrbitalHessian::density(std::span<const double> x, std::span<double> p1) {
     for (int j = 0; j < n_; ++j) {
       for (int i = 0; i < n_; ++i) {
         out[size(i) + size(n_) * size(j)] =
-            square_[size(i) + size(n_) * size(j)] + square_[size(j) + size(n_) * size(i)];
+            square_[size(i) + size(n_) * size(j)] + sign * square_[size(j) + size(n_) * size(i)];
       }
     }
   }
@@ -213,33 +217,53 @@ void OrbitalHessian::project(std::span<const double> a, std::span<double> y, dou
 
 void OrbitalHessian::apply(std::span<const std::span<const double>> x,
                            std::span<const std::span<double>> y) {
+  apply(x, y, {});
+}
+
+void OrbitalHessian::apply(std::span<const std::span<const double>> x,
+                           std::span<const std::span<double>> plus,
+                           std::span<const std::span<double>> minus) {
   const std::size_t count = x.size();
+  const bool with_plus = !plus.empty(), with_minus = !minus.empty();
+  const std::size_t builds = (with_plus ? count : 0) + (with_minus ? count : 0);
   const std::size_t pair = 2 * size(n_) * size(n_);
-  if (p1_.size() < count) {
-    p1_.resize(count);
-    g_.resize(count);
+  if (p1_.size() < builds) {
+    p1_.resize(builds);
+    g_.resize(builds);
   }
+  // The symmetric densities first, then the antisymmetric ones.
   std::vector<std::span<const double>> densities;
-  std::vector<std::span<double>> builds;
-  for (std::size_t m = 0; m < count; ++m) {
-    p1_[m].resize(pair);
-    g_[m].resize(pair);
-    density(x[m], p1_[m]);
-    densities.emplace_back(p1_[m]);
-    builds.emplace_back(g_[m]);
+  std::vector<std::span<double>> fock;
+  std::vector<integrals::two::DensityKind> kinds;
+  std::vector<std::span<double>> out;
+  for (int pass = 0; pass < 2; ++pass) {
+    const bool symmetric = pass == 0;
+    if (symmetric ? !with_plus : !with_minus) continue;
+    for (std::size_t m = 0; m < count; ++m) {
+      const std::size_t k = densities.size();
+      p1_[k].resize(pair);
+      g_[k].resize(pair);
+      density(x[m], p1_[k], symmetric ? 1.0 : -1.0);
+      densities.emplace_back(p1_[k]);
+      fock.emplace_back(g_[k]);
+      kinds.push_back(symmetric ? integrals::two::DensityKind::symmetric
+                                : integrals::two::DensityKind::antisymmetric);
+      out.push_back(symmetric ? plus[m] : minus[m]);
+    }
   }
   const integrals::two::ContextView context = system_.context.view();
   if (system_.in_core) {
-    integrals::two::fock_stored(context, a_, densities, builds);
+    integrals::two::fock_stored(context, a_, densities, fock, kinds);
   } else {
-    integrals::two::fock_direct(context, a_, densities, builds);
+    integrals::two::fock_direct(context, a_, densities, fock, kinds);
   }
-  for (std::size_t m = 0; m < count; ++m) {
-    if (xc_) xc_->add(p1_[m], g_[m]);
-    project(g_[m], y[m], 0.0);
+  for (std::size_t k = 0; k < densities.size(); ++k) {
+    const std::span<const double> xm = x[k % count];
+    if (xc_ && kinds[k] == integrals::two::DensityKind::symmetric) xc_->add(p1_[k], g_[k]);
+    project(g_[k], out[k], 0.0);
     for (const SpinBlock& b : spins_) {
       for (std::size_t e = 0; e < b.count(); ++e)
-        y[m][b.offset + e] += b.gap[e] * x[m][b.offset + e];
+        out[k][b.offset + e] += b.gap[e] * xm[b.offset + e];
     }
   }
 }
