@@ -221,3 +221,21 @@ if(NORVIK_OPT_PYTHON)
     endforeach()
   endforeach()
 endif()
+
+# Excited states (check_excite.py): CIS (theory TDA) of water and UHF-CIS of OH
+# through the host, their report sections byte for byte against committed copies
+# (checked against NWChem's tddft when they were made), and the UV-vis file.
+if(NORVIK_OPT_PYTHON)
+  foreach(case h2o_6-31pGx:TDA oh_6-31Gx:TDA h2o_6-31pGx:RPA)
+    string(REPLACE ":" ";" parts ${case})
+    list(GET parts 0 mol)
+    list(GET parts 1 theory)
+    add_test(NAME job.excite.${mol}.${theory}
+             COMMAND ${NORVIK_OPT_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/check_excite.py
+                     $<TARGET_FILE:norvik_host> ${ref_data}/molecules_excite/${mol}.mol ${theory} 4
+                     ${job_data}/excite_${mol}_${theory}.txt
+                     ${CMAKE_CURRENT_BINARY_DIR}/jobs/excite_${mol}_${theory})
+    set_tests_properties(job.excite.${mol}.${theory} PROPERTIES
+                         ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
+  endforeach()
+endif()
