@@ -1,6 +1,7 @@
 #include "properties/orbital_hessian.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <stdexcept>
 
@@ -68,6 +69,99 @@ class XcResponse {
     const std::size_t nn = size(n) * size(n);
     plus_.resize(2 * nn);
     minus_.resize(2 * nn);
+    v1_.resize(np);
+  }
+
+  // Whether the response goes over the orbitals on the grid (add_amplitudes)
+  // rather than over the basis (add).
+  bool on_orbitals() const { return !orbitals_.empty(); }
+
+  // With a local kernel: the values of the occupied and virtual orbitals of
+  // each spin on the grid, (npts, nocc + nvir) per spin, when they fit in
+  // `memory_gb`.  The response of amplitudes x is then
+  //   ρ1_σ(p) = 2 Σ_ai x_ai,σ φ_a(p) φ_i(p),  v1_σ = Σ_τ f_στ ρ1_τ,
+  //   y_ai,σ += Σ_p w_p v1_σ(p) φ_a(p) φ_i(p),
+  // the basis route's P1 = Q + Qᵀ and C_vᵀ V1 C_o without the (npts × n²)
+  // products of the basis functions: (npts × nvir × nocc) per spin instead.
+  void tabulate_orbitals(const std::vector<SpinBlock>& spins, double memory_gb) {
+    if (kernels_.empty()) return;
+    const std::size_t np = size(on_grid_.npts);
+    std::size_t columns = 0;
+    for (const SpinBlock& b : spins) columns += size(b.nocc + b.nvir);
+    if (8.0 * static_cast<double>(np * columns) / 1e9 > memory_gb) return;
+    const int n = on_grid_.nbasis;
+    orbitals_.assign(np * columns, 0.0);
+    std::size_t at = 0;
+    for (const SpinBlock& b : spins) {
+      offset_.push_back(at);
+      const int k = b.nocc + b.nvir;
+      if (k > 0) {
+        const ConstMatrixView c(b.occ.col(0), n, k, n);
+        const std::ptrdiff_t nbatch = (on_grid_.npts + dft::kGridBatch - 1) / dft::kGridBatch;
+#pragma omp parallel
+        {
+          std::vector<double> values(4 * size(dft::kGridBatch) * size(n));
+#pragma omp for schedule(dynamic)
+          for (std::ptrdiff_t bt = 0; bt < nbatch; ++bt) {
+            const std::ptrdiff_t p0 = bt * dft::kGridBatch;
+            const std::ptrdiff_t nb = std::min<std::ptrdiff_t>(dft::kGridBatch, on_grid_.npts - p0);
+            evaluator_->batch(grid_.points, p0, nb, values);
+            linalg::gemm(
+                Op::none, Op::none, 1.0,
+                ConstMatrixView(values.data(), static_cast<int>(nb), n, static_cast<int>(nb)), c,
+                0.0,
+                MatrixView(orbitals_.data() + at + size(p0), static_cast<int>(nb), k,
+                           on_grid_.npts));
+          }
+        }
+      }
+      at += np * size(k);
+    }
+  }
+
+  // y += the exchange–correlation response of the amplitudes x over the
+  // orbitals on the grid (on_orbitals()).
+  void add_amplitudes(const std::vector<SpinBlock>& spins, std::span<const double> x,
+                      std::span<double> y) {
+    const std::size_t np = size(on_grid_.npts);
+    const int npts = on_grid_.npts;
+    std::array<std::vector<double>, 2> rho1;
+    for (std::size_t s = 0; s < 2; ++s) {
+      rho1[s].assign(np, 0.0);
+      const SpinBlock& b = spins[s];
+      if (b.count() == 0) continue;
+      const double* phi = orbitals_.data() + offset_[s];
+      t_.resize(np * size(b.nocc));
+      linalg::gemm(Op::none, Op::none, 1.0,
+                   ConstMatrixView(phi + np * size(b.nocc), npts, b.nvir, npts),
+                   ConstMatrixView(x.data() + b.offset, b.nvir, b.nocc, b.nvir), 0.0,
+                   MatrixView(t_.data(), npts, b.nocc, npts));
+      for (std::size_t i = 0; i < size(b.nocc); ++i) {
+        const double* ti = t_.data() + i * np;
+        const double* oi = phi + i * np;
+        for (std::size_t p = 0; p < np; ++p) rho1[s][p] += 2.0 * ti[p] * oi[p];
+      }
+    }
+    for (std::size_t s = 0; s < 2; ++s) {
+      const SpinBlock& b = spins[s];
+      if (b.count() == 0) continue;
+      const double* phi = orbitals_.data() + offset_[s];
+      t_.resize(np * size(b.nocc));
+      for (std::size_t p = 0; p < np; ++p) {
+        const double* f = kernels_.data() + dft::kKernelRecord * p;
+        const double same = s == 0 ? f[0] : f[1];
+        v1_[p] = on_grid_.weights[p] * (same * rho1[s][p] + f[2] * rho1[1 - s][p]);
+      }
+      for (std::size_t i = 0; i < size(b.nocc); ++i) {
+        double* zi = t_.data() + i * np;
+        const double* oi = phi + i * np;
+        for (std::size_t p = 0; p < np; ++p) zi[p] = v1_[p] * oi[p];
+      }
+      linalg::gemm(Op::transpose, Op::none, 1.0,
+                   ConstMatrixView(phi + np * size(b.nocc), npts, b.nvir, npts),
+                   ConstMatrixView(t_.data(), npts, b.nocc, npts), 1.0,
+                   MatrixView(y.data() + b.offset, b.nvir, b.nocc, b.nvir));
+    }
   }
 
   // g (n, n, 2) += V1 of the perturbed density pair p1.
@@ -120,6 +214,8 @@ class XcResponse {
   std::vector<double> chi_;
   dft::GridBasis on_grid_;
   std::vector<double> rho0_, rho1_, shifted_, v_, kernels_, plus_, minus_;
+  std::vector<double> orbitals_, t_, v1_;
+  std::vector<std::size_t> offset_;
 };
 
 OrbitalHessian::OrbitalHessian(const basis::BasisSet& basis, const scf::JobControl& job,
@@ -143,6 +239,8 @@ OrbitalHessian::OrbitalHessian(const basis::BasisSet& basis, const scf::JobContr
     keep_table = table_gb <= job.memory_gb;
     if (keep_table) limits.memory_gb -= table_gb;
   }
+  // The orbitals on the grid share what the table leaves with the store.
+  const double grid_budget = limits.memory_gb;
   if (direct) limits.memory_gb = 0.0;
   system_ = scf::prepare_system(basis, molecule.positions, molecule.charges, limits);
 
@@ -167,6 +265,7 @@ OrbitalHessian::OrbitalHessian(const basis::BasisSet& basis, const scf::JobContr
   }
   if (kohn_sham) {
     xc_ = std::make_unique<XcResponse>(basis, molecule, *kohn_sham, rho, keep_table);
+    xc_->tabulate_orbitals(spins_, grid_budget);
     a_ = kohn_sham->functional.exact_exchange;
   }
   work_.resize(nn);
@@ -259,8 +358,10 @@ void OrbitalHessian::apply(std::span<const std::span<const double>> x,
   }
   for (std::size_t k = 0; k < densities.size(); ++k) {
     const std::span<const double> xm = x[k % count];
-    if (xc_ && kinds[k] == integrals::two::DensityKind::symmetric) xc_->add(p1_[k], g_[k]);
+    const bool symmetric = kinds[k] == integrals::two::DensityKind::symmetric;
+    if (xc_ && symmetric && !xc_->on_orbitals()) xc_->add(p1_[k], g_[k]);
     project(g_[k], out[k], 0.0);
+    if (xc_ && symmetric && xc_->on_orbitals()) xc_->add_amplitudes(spins_, xm, out[k]);
     for (const SpinBlock& b : spins_) {
       for (std::size_t e = 0; e < b.count(); ++e)
         out[k][b.offset + e] += b.gap[e] * xm[b.offset + e];
