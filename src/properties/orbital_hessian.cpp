@@ -86,17 +86,35 @@ class XcResponse {
   void tabulate_orbitals(const std::vector<SpinBlock>& spins, double memory_gb) {
     if (kernels_.empty()) return;
     const std::size_t np = size(on_grid_.npts);
-    std::size_t columns = 0;
-    for (const SpinBlock& b : spins) columns += size(b.nocc + b.nvir);
-    if (8.0 * static_cast<double>(np * columns) / 1e9 > memory_gb) return;
     const int n = on_grid_.nbasis;
+    // A closed shell's spins share their orbitals, and one table.
+    const SpinBlock &a = spins[0], &b = spins[1];
+    shared_ = a.nocc == b.nocc && a.nvir == b.nvir;
+    for (int j = 0; shared_ && j < a.nocc + a.nvir; ++j) {
+      for (int i = 0; i < n; ++i) {
+        if (a.occ.col(j)[i] != b.occ.col(j)[i]) {
+          shared_ = false;
+          break;
+        }
+      }
+    }
+    std::size_t columns = 0;
+    for (const SpinBlock& sb : spins) {
+      columns += size(sb.nocc + sb.nvir);
+      if (shared_) break;
+    }
+    if (8.0 * static_cast<double>(np * columns) / 1e9 > memory_gb) return;
     orbitals_.assign(np * columns, 0.0);
     std::size_t at = 0;
-    for (const SpinBlock& b : spins) {
+    for (const SpinBlock& sb : spins) {
+      if (shared_ && !offset_.empty()) {
+        offset_.push_back(offset_[0]);
+        break;
+      }
       offset_.push_back(at);
-      const int k = b.nocc + b.nvir;
+      const int k = sb.nocc + sb.nvir;
       if (k > 0) {
-        const ConstMatrixView c(b.occ.col(0), n, k, n);
+        const ConstMatrixView c(sb.occ.col(0), n, k, n);
         const std::ptrdiff_t nbatch = (on_grid_.npts + dft::kGridBatch - 1) / dft::kGridBatch;
 #pragma omp parallel
         {
@@ -125,9 +143,28 @@ class XcResponse {
                       std::span<double> y) {
     const std::size_t np = size(on_grid_.npts);
     const int npts = on_grid_.npts;
+    // Singlet and triplet amplitudes of a closed shell (x_β = ±x_α): the beta
+    // density is ±ρ1_α, and the beta response ±that of alpha, since
+    // fββ = fαα.
+    const SpinBlock& first = spins[0];
+    double sign = 0.0;
+    if (shared_ && first.count() > 0) {
+      const double* xa = x.data() + first.offset;
+      const double* xb = x.data() + spins[1].offset;
+      bool same = true, opposite = true;
+      for (std::size_t e = 0; e < first.count() && (same || opposite); ++e) {
+        same = same && xa[e] == xb[e];
+        opposite = opposite && xa[e] == -xb[e];
+      }
+      sign = same ? 1.0 : opposite ? -1.0 : 0.0;
+    }
     std::array<std::vector<double>, 2> rho1;
     for (std::size_t s = 0; s < 2; ++s) {
       rho1[s].assign(np, 0.0);
+      if (s == 1 && sign != 0.0) {
+        for (std::size_t p = 0; p < np; ++p) rho1[1][p] = sign * rho1[0][p];
+        break;
+      }
       const SpinBlock& b = spins[s];
       if (b.count() == 0) continue;
       const double* phi = orbitals_.data() + offset_[s];
@@ -145,6 +182,16 @@ class XcResponse {
     for (std::size_t s = 0; s < 2; ++s) {
       const SpinBlock& b = spins[s];
       if (b.count() == 0) continue;
+      if (s == 1 && sign != 0.0) {
+        const double* ya = y.data() + first.offset;
+        double* yb = y.data() + b.offset;
+        for (std::size_t e = 0; e < b.count(); ++e) yb[e] += sign * (ya[e] - before_[e]);
+        break;
+      }
+      if (s == 0 && sign != 0.0) {
+        before_.assign(y.begin() + static_cast<std::ptrdiff_t>(b.offset),
+                       y.begin() + static_cast<std::ptrdiff_t>(b.offset + b.count()));
+      }
       const double* phi = orbitals_.data() + offset_[s];
       t_.resize(np * size(b.nocc));
       for (std::size_t p = 0; p < np; ++p) {
@@ -214,8 +261,9 @@ class XcResponse {
   std::vector<double> chi_;
   dft::GridBasis on_grid_;
   std::vector<double> rho0_, rho1_, shifted_, v_, kernels_, plus_, minus_;
-  std::vector<double> orbitals_, t_, v1_;
+  std::vector<double> orbitals_, t_, v1_, before_;
   std::vector<std::size_t> offset_;
+  bool shared_ = false;
 };
 
 OrbitalHessian::OrbitalHessian(const basis::BasisSet& basis, const scf::JobControl& job,
