@@ -128,6 +128,12 @@ NORVIK_API void WRITE_TRANSITION(const norvik_int* nstate, const norvik_int* spi
                                  const norvik_int* occ, const norvik_int* vir,
                                  const norvik_int* beta, const double* amplitude,
                                  const char* report);
+/* The largest matrix WRITE_CI_MATRIX writes. */
+#define NORVIK_CI_MATRIX_MAX 50
+/* The Tamm–Dancoff (CIS) matrix A of a small case: dimension (in: nothing is
+ * written when it is not from 1 to NORVIK_CI_MATRIX_MAX); a (in, (dimension,
+ * dimension) column-major, eV); report.  Blocks of six columns. */
+NORVIK_API void WRITE_CI_MATRIX(const norvik_int* dimension, const double* a, const char* report);
 /* The UV-vis spectrum as a two-column text file (written anew, like
  * WRITE_SPECTRUM): nstate; energy (eV); strength; npoint; low, high (nm, the
  * wavelength grid, npoint points evenly spaced); fwhm (eV: the full width at

@@ -121,6 +121,14 @@ NORVIK_API void WRITE_TRANSITION(const norvik_int* nstate, const norvik_int* spi
   });
 }
 
+NORVIK_API void WRITE_CI_MATRIX(const norvik_int* dimension, const double* a, const char* report) {
+  guarded([&] {
+    if (*dimension < 1 || *dimension > NORVIK_CI_MATRIX_MAX) return;
+    const std::size_t n = count(*dimension);
+    abi::append_to(report, norvik::report::ci_matrix(static_cast<int>(n), {a, n * n}));
+  });
+}
+
 NORVIK_API void WRITE_UVVISI(const norvik_int* nstate, const double* energy, const double* strength,
                              const norvik_int* npoint, const double* low, const double* high,
                              const double* fwhm, const char* file) {

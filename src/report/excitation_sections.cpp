@@ -24,6 +24,9 @@ constexpr double kHcEvNm = 2.0 * std::numbers::pi * constants::kHbarCEvAngstrom 
 // 2.315e8 f L/(mol·cm²) (Hilborn, Am. J. Phys. 50, 982 (1982)).
 constexpr double kBandArea = 1.3062974e8;
 
+// Absorptivities below this [L/(mol·cm)] are written as 0.
+constexpr double kSmallest = 1e-30;
+
 double cleaned(double v, double half_unit) {
   return std::abs(v) < half_unit ? 0.0 : v;
 }
@@ -114,7 +117,10 @@ std::vector<double> uv_absorbance(std::span<const double> energy, std::span<cons
 Lines uv_spectrum(std::span<const double> wavelengths, std::span<const double> absorbance) {
   Lines lines{"# wavelength [nm]   epsilon [L/(mol*cm)]"};
   for (std::size_t k = 0; k < wavelengths.size(); ++k) {
-    lines.push_back(format("(F12.3,ES18.8)", {wavelengths[k], absorbance[k]}));
+    // Far tails as 0: an exponent of three digits would lose its E (1.0-100),
+    // which plotting programs cannot read.
+    const double eps = std::abs(absorbance[k]) < kSmallest ? 0.0 : absorbance[k];
+    lines.push_back(format("(F12.3,ES18.8)", {wavelengths[k], eps}));
   }
   return lines;
 }

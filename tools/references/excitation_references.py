@@ -74,7 +74,9 @@ METHODS = {
 }
 # (molecule, norvik basis, methods)
 ROWS = [
-    ("h2o", "6-31+Gx", ["CIS", "TDHF", "KSTDA5", "TDKS5", "TDKS3"]),
+    ("h2o", "6-31+Gx", ["CIS", "TDHF", "KSTDA5", "TDKS5"]),
+    ("oh", "6-31Gx", ["CIS", "TDHF"]),
+    ("nh2", "6-31+Gx", ["CIS"]),
     ("nh3", "6-31Gx", ["CIS", "TDHF", "TDKS5"]),
     ("ch4", "6-31Gx", ["CIS", "TDHF", "TDKS5"]),
     ("hf", "6-31+Gx", ["CIS", "TDHF", "TDKS5"]),
@@ -83,8 +85,7 @@ ROWS = [
     # The RHF point of ethylene is triplet-unstable: its TDHF triplets are not real.
     ("c2h4", "6-31Gx", ["CIS", "TDHF/singlet", "TDKS5"]),
     ("h2co", "6-31Gx", ["CIS", "TDHF", "TDKS5"]),
-    ("oh", "6-31Gx", ["CIS", "TDHF"]),
-    ("nh2", "6-31+Gx", ["CIS"]),
+    ("h2o", "6-31+Gx", ["TDKS3"]),
 ]
 
 
