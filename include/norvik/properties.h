@@ -105,7 +105,9 @@ NORVIK_API void WRITE_SPINDENSITY(const char* kind, const norvik_int* natom, con
  *     each of these four arrays holds NORVIK_EXCITE_MAX_PAIRS · 2 · nroots.
  * Singlets come first, then triplets, each ascending.  A wrong nbasis stops with
  * "Wrong nbasis in Electronexcite." and both numbers; roots that do not
- * converge in 100 iterations with "Excited states not converged.". */
+ * converge in 100 iterations with "Excited states not converged."; a point
+ * unstable towards the asked excitations (random phase only) with "Excitation
+ * energies not real." and the spin type. */
 #define NORVIK_ELECTRONEXCITE_ARGS                                                                 \
   const char *method, const char *basis, const norvik_int *natom, const norvik_int *zat,           \
       const norvik_int *zel, const double *pos, const norvik_int *nalpha, const norvik_int *nbeta, \

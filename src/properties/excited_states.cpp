@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "common/constants.h"
@@ -186,11 +187,22 @@ ExcitationResult excited_states(const basis::BasisSet& basis, const scf::JobCont
       converged = r.converged;
       result.iterations += r.iterations;
     } else {
-      linalg::PairedResult r = linalg::paired_davidson_lowest(
-          diagonal,
-          [&](std::span<const std::span<const double>> x, std::span<const std::span<double>> p,
-              std::span<const std::span<double>> m) { op.products(x, p, m); },
-          dav);
+      linalg::PairedResult r;
+      try {
+        r = linalg::paired_davidson_lowest(
+            diagonal,
+            [&](std::span<const std::span<const double>> x, std::span<const std::span<double>> p,
+                std::span<const std::span<double>> m) { op.products(x, p, m); },
+            dav);
+      } catch (const std::runtime_error&) {
+        // A − B or (A − B)(A + B) not positive definite: no real ω.
+        throw Error({"Excitation energies not real.",
+                     std::string("The point is unstable towards ") +
+                         (spin == StateSpin::singlet   ? "singlet"
+                          : spin == StateSpin::triplet ? "triplet"
+                                                       : "spin-orbital") +
+                         " excitations: use the Tamm-Dancoff approximation."});
+      }
       energies = r.values;
       x_plus_y = r.x_plus_y;
       x_only.resize(x_plus_y.size());

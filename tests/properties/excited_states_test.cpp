@@ -190,6 +190,17 @@ TEST(ExcitedStates, MatchNwchemHartreeFock) {
   }
 }
 
+// Ethylene's RHF point is triplet-unstable: its TDHF triplets stop with the
+// library's error (the singlets and the Tamm–Dancoff triplets are fine).
+TEST(ExcitedStates, UnstablePointStops) {
+  const std::string dir = std::string(NORVIK_SOURCE_DIR) + "/tests/references/data/";
+  const Point p(dir + "molecules_excite/c2h4_6-31Gx.mol", "HF");
+  ASSERT_TRUE(p.converged);
+  EXPECT_THROW(p.states(ResponseKind::random_phase, 2), Error);
+  EXPECT_EQ(p.states(ResponseKind::random_phase, 2, false).states.size(), 2u);
+  EXPECT_LT(p.states(ResponseKind::tamm_dancoff, 1).states[1].energy, 4.0);  // T1 3.51 eV
+}
+
 // Every row of the table, the Kohn–Sham ones on the dense grid (the slow
 // label runs it).
 TEST(ExcitedStates, DISABLED_MatchNwchemAllRows) {
