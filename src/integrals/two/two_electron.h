@@ -82,6 +82,9 @@ void fock_stored(const ContextView& context, double a, std::span<const double> r
                  std::span<double> fock);
 void coulomb_stored(const ContextView& context, std::span<const double> rho,
                     std::span<double> fock);
+// The Coulomb builds of several density pairs in one read of the store.
+void coulomb_stored_pass(const ContextView& context, std::span<const std::span<const double>> rho,
+                         std::span<const std::span<double>> fock);
 
 // Integral-direct incremental builds: fock += G[rho − rho_prev], then
 // rho_prev = rho.  Quartets below kQuartetNeglect are never computed; the others
