@@ -170,6 +170,10 @@ ExcitationResult excited_states(const basis::BasisSet& basis, const scf::JobCont
     dav.roots = std::min<int>(options.roots, static_cast<int>(length));
     dav.tolerance = options.tolerance;
     dav.max_iterations = options.max_iterations;
+    // The corrections keep the symmetry of the start vectors: a state of a
+    // symmetry that none of the lowest gaps has is found only from a start
+    // among the next ones (ethylene's ninth CIS triplet with 4 extra starts).
+    dav.extra_guesses = std::max(4, dav.roots);
     std::vector<double> energies;
     Vector x_plus_y, x_only, residuals;
     bool converged = false;
