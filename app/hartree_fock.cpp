@@ -256,6 +256,10 @@ PointResult run_hartree_fock(Job& job) {
   if (is_mp2(job)) {
     result.mp2 = run_mp2(job, n, S, rho, orbitals, result.energy, result.converged);
   }
+  // The excited states of the converged point, when the theory asks for them.
+  if (is_excited_state_theory(trimmed(job.theory)) && result.converged) {
+    result.excitations = run_excited_states(job, n, rho, orbitals);
+  }
   // The vibrational analysis and thermochemistry of the converged point.
   if (job.vibrations >= 1 && result.converged) {
     result.vibrations =

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "excited_states.h"
 #include "host_job.h"
 #include "mp2.h"
 #include "stability.h"
@@ -46,6 +47,7 @@ struct PointResult {
   std::optional<VibrationResult> vibrations;       // record 10 = 1: the analysis
   std::optional<StabilityOutcome> stability;       // --stability: the check
   std::optional<Mp2Result> mp2;                    // theory MP2: the MP2 energy
+  std::optional<ExcitationSummary> excitations;    // an excited-state theory
 };
 
 // Runs the free atoms and the single point (or, with optimisation cycles, the

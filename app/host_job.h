@@ -43,6 +43,10 @@ struct Job {
   // The files of a vibrational analysis (record 10), written under these names:
   // the modes as .xyz frames and in molden form, the infrared and Raman spectra.
   std::string modes_xyz_file, modes_molden_file, infrared_file, raman_file;
+  // Excited states (theories TDA, RPA, TDKS*, KSTDA*): states per spin type
+  // (--states) and the UV-vis spectrum file.
+  int states = 10;
+  std::string uv_file;
 
   bool kohn_sham = false;
   int grid_level = 0;        // Kohn-Sham grid (--grid): 0 standard, 1 dense

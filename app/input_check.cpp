@@ -626,6 +626,7 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
       c.problem(r->first_record, "theory",
                 "no theory keyword; write HF, MP2, RPA, TDA or a functional name");
     }
+    facts.theory = trim_blanks(v.text);
   }
   if (auto r = c.record("basis set", {Kind::text})) {
     const Value& v = r->values[0];

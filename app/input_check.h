@@ -38,6 +38,7 @@ struct InputFacts {
   bool counterpoise = false;  // record 18 = counterpoise
   int charge = 0;             // record 20 (read for a counterpoise job)
   bool hehpl = false;         // a counterpoise job of HeH+ (one He, one H, charge +1)
+  std::string theory;         // record 2, trimmed ("" when it cannot be read)
 };
 
 // Checks that `path` names a regular file of at most kMaxInputBytes that can be

@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "excited_states.h"
 #include "hartree_fock.h"
 #include "host_job.h"
 #include "input_check.h"
@@ -50,7 +51,7 @@ void usage(std::ostream& out) {
          "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense] [--stability]\n"
          "                  [--orbitals [all]] [--cube WHAT[,WHAT...]] [--cube-prefix PREFIX]\n"
          "                  [--cube-step STEP] [--cube-points N] [--fragments QA,MA,QB,MB]\n"
-         "                  [--frozen-core]\n"
+         "                  [--frozen-core] [--states N]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -82,6 +83,9 @@ void usage(std::ostream& out) {
          "                  default: neutral fragments (HeH+: He and H+)\n"
          "  --frozen-core   MP2 (theory MP2) with the atoms' core orbitals frozen (default:\n"
          "                  all electrons)\n"
+         "  --states N      excited states per spin type for the theories TDA, RPA, TDKS*\n"
+         "                  and KSTDA* (default 10, at most 200); their UV-vis spectrum\n"
+         "                  goes to PREFIX.uv.dat (PREFIX as for --vib)\n"
          "\n"
          "The host checks both input files before the job starts.  The job writes the\n"
          "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
@@ -130,6 +134,7 @@ struct Request {
   long cube_max_points = host::kCubeMaxPoints;
   // --fragments: charge and multiplicity of fragment A, then of fragment B.
   std::optional<std::array<int, 4>> fragments;
+  int states = host::kDefaultStates;  // excited states per spin type
 };
 
 // A positive number of an option, or the end of the run with the problem.
@@ -193,6 +198,7 @@ int run_job(const Request& request, const host::InputFacts& facts,
     if (out.what == "infrared spectrum") job.infrared_file = out.partial;
     if (out.what == "Raman spectrum") job.raman_file = out.partial;
     if (out.what.rfind("cube ", 0) == 0) job.cubes.push_back({out.what.substr(5), out.partial});
+    if (out.what == "UV-vis spectrum") job.uv_file = out.partial;
   }
   job.grid_level = request.grid_level;
   job.fragment_first = facts.fragment_first;
@@ -203,6 +209,7 @@ int run_job(const Request& request, const host::InputFacts& facts,
   job.cube_step = request.cube_step;
   job.cube_max_points = request.cube_max_points;
   job.frozen_core = request.frozen_core;
+  job.states = request.states;
 
   host::setup(job);
   // The orbitals asked for must exist before the SCF is spent on them.
@@ -248,6 +255,19 @@ int run_job(const Request& request, const host::InputFacts& facts,
         "norvik: %d vibrational modes (%d imaginary), zero-point energy %.6f eV, "
         "G(298.15 K) = %.9f hartree\n",
         v.modes, v.imaginary, v.zero_point, v.gibbs / host::kHartreeEv);
+  }
+  if (point.excitations) {
+    const host::ExcitationSummary& x = *point.excitations;
+    if (x.skipped_for_memory) {
+      std::printf(
+          "norvik: the excited states were left out: their Davidson vectors need more memory than "
+          "the limit of parameter record 2 (%.2f GB); raise it or ask for fewer --states\n",
+          job.memory_gb);
+    } else {
+      std::printf(
+          "norvik: %d excited states, lowest %.4f eV; strongest absorption f = %.4f at %.4f eV\n",
+          x.states, x.lowest, x.strongest_strength, x.strongest);
+    }
   }
   int status = verdict(job, point);
   if (status == kSuccess && point.optimisation && !point.optimisation->converged) {
@@ -344,6 +364,21 @@ Request parse(const std::vector<std::string>& args) {
       request.fragments = fragment_settings(i + 1 < args.size() ? args[++i] : "");
     } else if (a == "--frozen-core") {
       request.frozen_core = true;
+    } else if (a == "--states") {
+      if (i + 1 == args.size()) fail("--states needs a number of states");
+      const std::string& value = args[++i];
+      std::size_t used = 0;
+      int states = 0;
+      try {
+        states = std::stoi(value, &used);
+      } catch (const std::exception&) {
+        used = 0;
+      }
+      if (used != value.size() || states < 1 || states > host::kMaxStates) {
+        fail("--states " + value + ": give a whole number of states per spin type from 1 to " +
+             std::to_string(host::kMaxStates));
+      }
+      request.states = states;
     } else if (a == "-h" || a == "--help") {
       usage(std::cout);
       std::exit(kSuccess);
@@ -443,6 +478,10 @@ int run(const std::vector<std::string>& args) {
   for (const std::string& what : request.cubes) {
     outputs.push_back(
         host::output_file("cube " + what, "--cube", request.cube_prefix + "." + what + ".cube"));
+  }
+  // Excited states write their UV-vis spectrum beside the report.
+  if (host::is_excited_state_theory(facts.theory)) {
+    outputs.push_back(host::output_file("UV-vis spectrum", "--vib", request.vib + ".uv.dat"));
   }
   problems = host::output_problems(outputs, inputs);
   if (!problems.empty()) fail(problems);

@@ -69,6 +69,15 @@ NORVIK_API void MAKEFXCTB(const norvik_int* npts, const double* a, const char* f
 NORVIK_API void MAKEFXCTB_SUB(const norvik_int* npts, const double* a,
                               norvik_xc_point_routine fxc_routine, const double* rho, double* fxc);
 
+/* The response matrix of a local kernel: V1σ_μν = Σ_p w_p Σ_τ fστ(p) ρ1τ(p) χμ(p)χν(p)
+ * (the exchange–correlation part of the linear-response products of an LDA
+ * point).  nbasis; npts; w; chi (in, as for CALCVXCHCORR); fxc (in, (3, npts),
+ * the table of MAKEFXCTB at the ground density); rho1 (in, (8, npts): the
+ * perturbed density on the points, as LIST_DENSITY gives it for a perturbed
+ * density matrix; only ρ1α and ρ1β are read); V (out, (nbasis, nbasis, 2), eV). */
+NORVIK_API void CONSTRUCTVXC(const norvik_int* nbasis, const norvik_int* npts, const double* w,
+                             const double* chi, const double* fxc, const double* rho1, double* V);
+
 NORVIK_EXTERN_C_END
 
 #endif

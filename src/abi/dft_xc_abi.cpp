@@ -11,6 +11,7 @@
 #include "common/error.h"
 #include "common/fortran_format.h"
 #include "dft/functionals/functional_names.h"
+#include "dft/functionals/point.h"
 #include "dft/grid/molecular_grid.h"
 #include "dft/xc/basis_values.h"
 #include "dft/xc/xc_integrator.h"
@@ -170,6 +171,24 @@ NORVIK_API void MAKEFXCTB(const norvik_int* npts, const double* a, const char* f
 NORVIK_API void MAKEFXCTB_SUB(const norvik_int* npts, const double* a,
                               norvik_xc_point_routine fxc_routine, const double* rho, double* fxc) {
   guarded([&] { kernel_sub(fxc_routine, *a, *npts, rho, fxc); });
+}
+
+NORVIK_API void CONSTRUCTVXC(const norvik_int* nbasis, const norvik_int* npts, const double* w,
+                             const double* chi, const double* fxc, const double* rho1, double* V) {
+  guarded([&] {
+    // The local kernel's response potential v1_σ = Σ_τ f_στ ρ1_τ, no gradient
+    // terms, through the matrix of the functionals' potentials.
+    const std::size_t n = count(*npts);
+    std::vector<double> v(dft::kPotentialRecord * n, 0.0);
+    for (std::size_t p = 0; p < n; ++p) {
+      const double* f = fxc + dft::kKernelRecord * p;
+      const double a = rho1[dft::kPointRecord * p], b = rho1[dft::kPointRecord * p + 1];
+      v[dft::kPotentialRecord * p] = f[0] * a + f[2] * b;
+      v[dft::kPotentialRecord * p + 1] = f[2] * a + f[1] * b;
+    }
+    dft::xc_matrix(dft::table_by_point(*npts, *nbasis, {w, n}, chi), {rho1, dft::kPointRecord * n},
+                   v, {V, 2 * abi::square(*nbasis)});
+  });
 }
 
 }  // extern "C"

@@ -1,6 +1,7 @@
 #include "properties/orbital_hessian.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <stdexcept>
 
@@ -68,6 +69,146 @@ class XcResponse {
     const std::size_t nn = size(n) * size(n);
     plus_.resize(2 * nn);
     minus_.resize(2 * nn);
+    v1_.resize(np);
+  }
+
+  // Whether the response goes over the orbitals on the grid (add_amplitudes)
+  // rather than over the basis (add).
+  bool on_orbitals() const { return !orbitals_.empty(); }
+
+  // With a local kernel: the values of the occupied and virtual orbitals of
+  // each spin on the grid, (npts, nocc + nvir) per spin, when they fit in
+  // `memory_gb`.  The response of amplitudes x is then
+  //   ρ1_σ(p) = 2 Σ_ai x_ai,σ φ_a(p) φ_i(p),  v1_σ = Σ_τ f_στ ρ1_τ,
+  //   y_ai,σ += Σ_p w_p v1_σ(p) φ_a(p) φ_i(p),
+  // the basis route's P1 = Q + Qᵀ and C_vᵀ V1 C_o without the (npts × n²)
+  // products of the basis functions: (npts × nvir × nocc) per spin instead.
+  void tabulate_orbitals(const std::vector<SpinBlock>& spins, double memory_gb) {
+    if (kernels_.empty()) return;
+    const std::size_t np = size(on_grid_.npts);
+    const int n = on_grid_.nbasis;
+    // A closed shell's spins share their orbitals, and one table.
+    const SpinBlock &a = spins[0], &b = spins[1];
+    shared_ = a.nocc == b.nocc && a.nvir == b.nvir;
+    for (int j = 0; shared_ && j < a.nocc + a.nvir; ++j) {
+      for (int i = 0; i < n; ++i) {
+        if (a.occ.col(j)[i] != b.occ.col(j)[i]) {
+          shared_ = false;
+          break;
+        }
+      }
+    }
+    std::size_t columns = 0;
+    for (const SpinBlock& sb : spins) {
+      columns += size(sb.nocc + sb.nvir);
+      if (shared_) break;
+    }
+    if (8.0 * static_cast<double>(np * columns) / 1e9 > memory_gb) return;
+    orbitals_.assign(np * columns, 0.0);
+    std::size_t at = 0;
+    for (const SpinBlock& sb : spins) {
+      if (shared_ && !offset_.empty()) {
+        offset_.push_back(offset_[0]);
+        break;
+      }
+      offset_.push_back(at);
+      const int k = sb.nocc + sb.nvir;
+      if (k > 0) {
+        const ConstMatrixView c(sb.occ.col(0), n, k, n);
+        const std::ptrdiff_t nbatch = (on_grid_.npts + dft::kGridBatch - 1) / dft::kGridBatch;
+#pragma omp parallel
+        {
+          std::vector<double> values(4 * size(dft::kGridBatch) * size(n));
+#pragma omp for schedule(dynamic)
+          for (std::ptrdiff_t bt = 0; bt < nbatch; ++bt) {
+            const std::ptrdiff_t p0 = bt * dft::kGridBatch;
+            const std::ptrdiff_t nb = std::min<std::ptrdiff_t>(dft::kGridBatch, on_grid_.npts - p0);
+            evaluator_->batch(grid_.points, p0, nb, values);
+            linalg::gemm(
+                Op::none, Op::none, 1.0,
+                ConstMatrixView(values.data(), static_cast<int>(nb), n, static_cast<int>(nb)), c,
+                0.0,
+                MatrixView(orbitals_.data() + at + size(p0), static_cast<int>(nb), k,
+                           on_grid_.npts));
+          }
+        }
+      }
+      at += np * size(k);
+    }
+  }
+
+  // y += the exchange–correlation response of the amplitudes x over the
+  // orbitals on the grid (on_orbitals()).
+  void add_amplitudes(const std::vector<SpinBlock>& spins, std::span<const double> x,
+                      std::span<double> y) {
+    const std::size_t np = size(on_grid_.npts);
+    const int npts = on_grid_.npts;
+    // Singlet and triplet amplitudes of a closed shell (x_β = ±x_α): the beta
+    // density is ±ρ1_α, and the beta response ±that of alpha, since
+    // fββ = fαα.
+    const SpinBlock& first = spins[0];
+    double sign = 0.0;
+    if (shared_ && first.count() > 0) {
+      const double* xa = x.data() + first.offset;
+      const double* xb = x.data() + spins[1].offset;
+      bool same = true, opposite = true;
+      for (std::size_t e = 0; e < first.count() && (same || opposite); ++e) {
+        same = same && xa[e] == xb[e];
+        opposite = opposite && xa[e] == -xb[e];
+      }
+      sign = same ? 1.0 : opposite ? -1.0 : 0.0;
+    }
+    std::array<std::vector<double>, 2> rho1;
+    for (std::size_t s = 0; s < 2; ++s) {
+      rho1[s].assign(np, 0.0);
+      if (s == 1 && sign != 0.0) {
+        for (std::size_t p = 0; p < np; ++p) rho1[1][p] = sign * rho1[0][p];
+        break;
+      }
+      const SpinBlock& b = spins[s];
+      if (b.count() == 0) continue;
+      const double* phi = orbitals_.data() + offset_[s];
+      t_.resize(np * size(b.nocc));
+      linalg::gemm(Op::none, Op::none, 1.0,
+                   ConstMatrixView(phi + np * size(b.nocc), npts, b.nvir, npts),
+                   ConstMatrixView(x.data() + b.offset, b.nvir, b.nocc, b.nvir), 0.0,
+                   MatrixView(t_.data(), npts, b.nocc, npts));
+      for (std::size_t i = 0; i < size(b.nocc); ++i) {
+        const double* ti = t_.data() + i * np;
+        const double* oi = phi + i * np;
+        for (std::size_t p = 0; p < np; ++p) rho1[s][p] += 2.0 * ti[p] * oi[p];
+      }
+    }
+    for (std::size_t s = 0; s < 2; ++s) {
+      const SpinBlock& b = spins[s];
+      if (b.count() == 0) continue;
+      if (s == 1 && sign != 0.0) {
+        const double* ya = y.data() + first.offset;
+        double* yb = y.data() + b.offset;
+        for (std::size_t e = 0; e < b.count(); ++e) yb[e] += sign * (ya[e] - before_[e]);
+        break;
+      }
+      if (s == 0 && sign != 0.0) {
+        before_.assign(y.begin() + static_cast<std::ptrdiff_t>(b.offset),
+                       y.begin() + static_cast<std::ptrdiff_t>(b.offset + b.count()));
+      }
+      const double* phi = orbitals_.data() + offset_[s];
+      t_.resize(np * size(b.nocc));
+      for (std::size_t p = 0; p < np; ++p) {
+        const double* f = kernels_.data() + dft::kKernelRecord * p;
+        const double same = s == 0 ? f[0] : f[1];
+        v1_[p] = on_grid_.weights[p] * (same * rho1[s][p] + f[2] * rho1[1 - s][p]);
+      }
+      for (std::size_t i = 0; i < size(b.nocc); ++i) {
+        double* zi = t_.data() + i * np;
+        const double* oi = phi + i * np;
+        for (std::size_t p = 0; p < np; ++p) zi[p] = v1_[p] * oi[p];
+      }
+      linalg::gemm(Op::transpose, Op::none, 1.0,
+                   ConstMatrixView(phi + np * size(b.nocc), npts, b.nvir, npts),
+                   ConstMatrixView(t_.data(), npts, b.nocc, npts), 1.0,
+                   MatrixView(y.data() + b.offset, b.nvir, b.nocc, b.nvir));
+    }
   }
 
   // g (n, n, 2) += V1 of the perturbed density pair p1.
@@ -120,6 +261,9 @@ class XcResponse {
   std::vector<double> chi_;
   dft::GridBasis on_grid_;
   std::vector<double> rho0_, rho1_, shifted_, v_, kernels_, plus_, minus_;
+  std::vector<double> orbitals_, t_, v1_, before_;
+  std::vector<std::size_t> offset_;
+  bool shared_ = false;
 };
 
 OrbitalHessian::OrbitalHessian(const basis::BasisSet& basis, const scf::JobControl& job,
@@ -143,6 +287,8 @@ OrbitalHessian::OrbitalHessian(const basis::BasisSet& basis, const scf::JobContr
     keep_table = table_gb <= job.memory_gb;
     if (keep_table) limits.memory_gb -= table_gb;
   }
+  // The orbitals on the grid share what the table leaves with the store.
+  const double grid_budget = limits.memory_gb;
   if (direct) limits.memory_gb = 0.0;
   system_ = scf::prepare_system(basis, molecule.positions, molecule.charges, limits);
 
@@ -167,6 +313,7 @@ OrbitalHessian::OrbitalHessian(const basis::BasisSet& basis, const scf::JobContr
   }
   if (kohn_sham) {
     xc_ = std::make_unique<XcResponse>(basis, molecule, *kohn_sham, rho, keep_table);
+    xc_->tabulate_orbitals(spins_, grid_budget);
     a_ = kohn_sham->functional.exact_exchange;
   }
   work_.resize(nn);
@@ -176,6 +323,10 @@ OrbitalHessian::OrbitalHessian(const basis::BasisSet& basis, const scf::JobContr
 OrbitalHessian::~OrbitalHessian() = default;
 
 void OrbitalHessian::density(std::span<const double> x, std::span<double> p1) {
+  density(x, p1, 1.0);
+}
+
+void OrbitalHessian::density(std::span<const double> x, std::span<double> p1, double sign) {
   const std::size_t nn = size(n_) * size(n_);
   for (std::size_t s = 0; s < 2; ++s) {
     const SpinBlock& b = spins_[s];
@@ -184,7 +335,7 @@ void OrbitalHessian::density(std::span<const double> x, std::span<double> p1) {
       std::fill_n(out, nn, 0.0);
       continue;
     }
-    // W = C_v X (n × nocc), Q = W C_oᵀ, P1 = Q + Qᵀ (exactly symmetric).
+    // W = C_v X (n × nocc), Q = W C_oᵀ, P1 = Q ± Qᵀ (exactly (anti)symmetric).
     linalg::gemm(Op::none, Op::none, 1.0, b.vir,
                  ConstMatrixView(x.data() + b.offset, b.nvir, b.nocc, b.nvir), 0.0,
                  MatrixView(work_.data(), n_, b.nocc, n_));
@@ -193,7 +344,7 @@ void OrbitalHessian::density(std::span<const double> x, std::span<double> p1) {
     for (int j = 0; j < n_; ++j) {
       for (int i = 0; i < n_; ++i) {
         out[size(i) + size(n_) * size(j)] =
-            square_[size(i) + size(n_) * size(j)] + square_[size(j) + size(n_) * size(i)];
+            square_[size(i) + size(n_) * size(j)] + sign * square_[size(j) + size(n_) * size(i)];
       }
     }
   }
@@ -213,33 +364,55 @@ void OrbitalHessian::project(std::span<const double> a, std::span<double> y, dou
 
 void OrbitalHessian::apply(std::span<const std::span<const double>> x,
                            std::span<const std::span<double>> y) {
+  apply(x, y, {});
+}
+
+void OrbitalHessian::apply(std::span<const std::span<const double>> x,
+                           std::span<const std::span<double>> plus,
+                           std::span<const std::span<double>> minus) {
   const std::size_t count = x.size();
+  const bool with_plus = !plus.empty(), with_minus = !minus.empty();
+  const std::size_t builds = (with_plus ? count : 0) + (with_minus ? count : 0);
   const std::size_t pair = 2 * size(n_) * size(n_);
-  if (p1_.size() < count) {
-    p1_.resize(count);
-    g_.resize(count);
+  if (p1_.size() < builds) {
+    p1_.resize(builds);
+    g_.resize(builds);
   }
+  // The symmetric densities first, then the antisymmetric ones.
   std::vector<std::span<const double>> densities;
-  std::vector<std::span<double>> builds;
-  for (std::size_t m = 0; m < count; ++m) {
-    p1_[m].resize(pair);
-    g_[m].resize(pair);
-    density(x[m], p1_[m]);
-    densities.emplace_back(p1_[m]);
-    builds.emplace_back(g_[m]);
+  std::vector<std::span<double>> fock;
+  std::vector<integrals::two::DensityKind> kinds;
+  std::vector<std::span<double>> out;
+  for (int pass = 0; pass < 2; ++pass) {
+    const bool symmetric = pass == 0;
+    if (symmetric ? !with_plus : !with_minus) continue;
+    for (std::size_t m = 0; m < count; ++m) {
+      const std::size_t k = densities.size();
+      p1_[k].resize(pair);
+      g_[k].resize(pair);
+      density(x[m], p1_[k], symmetric ? 1.0 : -1.0);
+      densities.emplace_back(p1_[k]);
+      fock.emplace_back(g_[k]);
+      kinds.push_back(symmetric ? integrals::two::DensityKind::symmetric
+                                : integrals::two::DensityKind::antisymmetric);
+      out.push_back(symmetric ? plus[m] : minus[m]);
+    }
   }
   const integrals::two::ContextView context = system_.context.view();
   if (system_.in_core) {
-    integrals::two::fock_stored(context, a_, densities, builds);
+    integrals::two::fock_stored(context, a_, densities, fock, kinds);
   } else {
-    integrals::two::fock_direct(context, a_, densities, builds);
+    integrals::two::fock_direct(context, a_, densities, fock, kinds);
   }
-  for (std::size_t m = 0; m < count; ++m) {
-    if (xc_) xc_->add(p1_[m], g_[m]);
-    project(g_[m], y[m], 0.0);
+  for (std::size_t k = 0; k < densities.size(); ++k) {
+    const std::span<const double> xm = x[k % count];
+    const bool symmetric = kinds[k] == integrals::two::DensityKind::symmetric;
+    if (xc_ && symmetric && !xc_->on_orbitals()) xc_->add(p1_[k], g_[k]);
+    project(g_[k], out[k], 0.0);
+    if (xc_ && symmetric && xc_->on_orbitals()) xc_->add_amplitudes(spins_, xm, out[k]);
     for (const SpinBlock& b : spins_) {
       for (std::size_t e = 0; e < b.count(); ++e)
-        y[m][b.offset + e] += b.gap[e] * x[m][b.offset + e];
+        out[k][b.offset + e] += b.gap[e] * xm[b.offset + e];
     }
   }
 }

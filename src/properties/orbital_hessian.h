@@ -69,6 +69,15 @@ class OrbitalHessian {
   // for all of them.
   void apply(std::span<const std::span<const double>> x, std::span<const std::span<double>> y);
 
+  // plus[m] = (A + B) x[m] and minus[m] = (A − B) x[m], with one pass over the
+  // two-electron integrals for both; either list may be empty.  The A − B
+  // product takes the antisymmetric P1_σ = C_vσ X_σ C_oσᵀ − C_oσ X_σᵀ C_vσᵀ,
+  // whose Coulomb and (adiabatic, real) exchange–correlation parts vanish:
+  // (A − B) x = (ε_a − ε_i) x − a·[C_vσᵀ K[P1_σ] C_oσ].  The Tamm–Dancoff
+  // matrix is A = ((A + B) + (A − B))/2.
+  void apply(std::span<const std::span<const double>> x, std::span<const std::span<double>> plus,
+             std::span<const std::span<double>> minus);
+
  private:
   int n_ = 0;
   scf::PreparedSystem system_;
@@ -76,6 +85,9 @@ class OrbitalHessian {
   std::size_t length_ = 0;
   double a_ = 1.0;
   std::unique_ptr<XcResponse> xc_;
+  // Q + Qᵀ (sign 1) or Q − Qᵀ (sign −1) of the amplitudes x.
+  void density(std::span<const double> x, std::span<double> p1, double sign);
+
   std::vector<std::vector<double>> p1_, g_;
   std::vector<double> work_, square_;
 };

@@ -131,6 +131,50 @@ TEST(XcAbi, NamedRoutinesAndTheirSubMembersAgree) {
   }
 }
 
+// CONSTRUCTVXC is the derivative of the SVWN5 matrix along a perturbed
+// density: against the central difference of CALCVXCHCORR at P ± t·P1 for a
+// perturbation of the alpha density alone (so that fαα, fββ and fαβ all act).
+TEST(XcAbi, KernelResponseIsTheDerivativeOfTheMatrix) {
+  const Water w("6-31Gx");
+  const std::size_t nn = static_cast<std::size_t>(w.n) * w.n;
+  const norvik_int nshell = static_cast<norvik_int>(w.set.shells.size());
+  const double a = 0.0;
+  const std::string svwn = padded("SVWN", 10);
+  std::vector<double> p1(2 * nn, 0.0);
+  for (norvik_int i = 0; i < w.n; ++i)
+    for (norvik_int j = 0; j <= i; ++j)
+      p1[i + w.n * j] = p1[j + w.n * i] = 0.01 * std::sin(1.0 + i + 3.0 * j);
+  std::vector<double> fxc(3 * static_cast<std::size_t>(w.npts)), rho1(w.table.size());
+  MAKEFXCTB(&w.npts, &a, svwn.data(), w.table.data(), fxc.data());
+  LIST_DENSITY(&w.n, p1.data(), &w.npts, w.chi.data(), rho1.data());
+  std::vector<double> response(2 * nn);
+  CONSTRUCTVXC(&w.n, &w.npts, w.grid.weights.data(), w.chi.data(), fxc.data(), rho1.data(),
+               response.data());
+  // The step: the third-order term (relative t²) and the rounding of the two
+  // matrices over 2t both far below the tolerance.
+  const double t = 1e-3;
+  auto matrix_at = [&](double s) {
+    std::vector<double> p(2 * nn), table(w.table.size()), v(2 * nn);
+    for (std::size_t e = 0; e < 2 * nn; ++e) p[e] = w.rho[e] + s * p1[e];
+    LIST_DENSITY(&w.n, p.data(), &w.npts, w.chi.data(), table.data());
+    CALCVXCHCORR(&w.n, &nshell, w.shelltab.data(), w.grid.points.data(), svwn.data(), &a, &w.npts,
+                 w.grid.weights.data(), w.chi.data(), table.data(), v.data());
+    return v;
+  };
+  const std::vector<double> plus = matrix_at(t), minus = matrix_at(-t);
+  double largest = 0.0, worst = 0.0;
+  for (std::size_t e = 0; e < 2 * nn; ++e) {
+    largest = std::max(largest, std::abs(response[e]));
+    worst = std::max(worst, std::abs(response[e] - (plus[e] - minus[e]) / (2 * t)));
+  }
+  EXPECT_GT(largest, 0.0);
+  EXPECT_LT(worst, 1e-5 * largest);
+  // The beta block responds through fαβ alone.
+  double beta = 0.0;
+  for (std::size_t e = nn; e < 2 * nn; ++e) beta = std::max(beta, std::abs(response[e]));
+  EXPECT_GT(beta, 1e-3 * largest);
+}
+
 // Fatal messages go to standard output; the death test reads standard error.
 #define STDOUT_TO_STDERR(call) \
   {                            \

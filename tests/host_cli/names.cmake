@@ -29,6 +29,12 @@ run(unknown_option STATUS 2 ARGS run water.mol --repot x STDERR "unknown option 
 run(unknown_command STATUS 2 ARGS check water.mol STDERR "unknown command 'check'")
 run(option_without_name STATUS 2 ARGS run water.mol --log STDERR "--log needs a file name")
 run(three_files STATUS 2 ARGS run water.mol hf.par ks.par STDERR "usage:")
+# Excited states per spin type: a whole number from 1 to 200.
+foreach(bad 0 201 3x -2)
+  run(states_${bad} STATUS 2 ARGS run water.mol --states ${bad}
+      STDERR "--states ${bad}: give a whole number of states per spin type from 1 to 200")
+endforeach()
+run(states_without_number STATUS 2 ARGS run water.mol --states STDERR "--states needs a number")
 
 # Empty names (run() cannot pass an empty argument through its list).
 foreach(args "water.mol;--log;" "water.mol;")

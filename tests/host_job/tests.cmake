@@ -273,3 +273,20 @@ endfunction()
 host_mp2_job(h2o_6-31Gxx molecules/h2o_6-31Gxx.mol -76.219115950513 h2o_mp2.section)
 host_mp2_job(nh2_6-31pGx_frozen molecules/nh2_6-31pGx.mol -55.694315477940 nh2_mp2_frozen.section
              -DFROZEN=ON)
+# Excited states (check_excite.py): CIS (theory TDA) of water and UHF-CIS of OH
+# through the host, their report sections byte for byte against committed copies
+# (checked against NWChem's tddft when they were made), and the UV-vis file.
+if(NORVIK_OPT_PYTHON)
+  foreach(case h2o_6-31pGx:TDA oh_6-31Gx:TDA h2o_6-31pGx:RPA)
+    string(REPLACE ":" ";" parts ${case})
+    list(GET parts 0 mol)
+    list(GET parts 1 theory)
+    add_test(NAME job.excite.${mol}.${theory}
+             COMMAND ${NORVIK_OPT_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/check_excite.py
+                     $<TARGET_FILE:norvik_host> ${ref_data}/molecules_excite/${mol}.mol ${theory} 4
+                     ${job_data}/excite_${mol}_${theory}.txt
+                     ${CMAKE_CURRENT_BINARY_DIR}/jobs/excite_${mol}_${theory})
+    set_tests_properties(job.excite.${mol}.${theory} PROPERTIES
+                         ENVIRONMENT "OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
+  endforeach()
+endif()

@@ -132,8 +132,15 @@ struct Digest {
   }
 };
 
-// Writes (or adds) the two-electron part from the summed partials.
-void finish(const double* total, int n, bool exchange, double a, std::span<double> fock, bool add) {
+// Writes (or adds) the two-electron part from the summed partials.  The
+// digest adds the four index orders whose first index is in the bra; the
+// other four are their bra–ket swaps, which put the transposed density at the
+// transposed element: K = (Y + Yᵀ)/2 for a symmetric density and (Y − Yᵀ)/2
+// for an antisymmetric one, whose Coulomb part vanishes.
+void finish(const double* total, int n, bool exchange, double a, std::span<double> fock, bool add,
+            DensityKind kind = DensityKind::symmetric) {
+  const bool anti = kind == DensityKind::antisymmetric;
+  const double swap = anti ? -1.0 : 1.0;
   const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
   const double* x = total;
   const double* ya = exchange ? total + nn : nullptr;
@@ -142,11 +149,11 @@ void finish(const double* total, int n, bool exchange, double a, std::span<doubl
     for (int j = 0; j < n; ++j) {
       const std::size_t ij = static_cast<std::size_t>(i) * n + j;
       const std::size_t ji = static_cast<std::size_t>(j) * n + i;
-      const double jv = 0.5 * (x[ij] + x[ji]);
+      const double jv = anti ? 0.0 : 0.5 * (x[ij] + x[ji]);
       double ga = jv, gb = jv;
       if (exchange) {
-        ga -= a * 0.5 * (ya[ij] + ya[ji]);
-        gb -= a * 0.5 * (yb[ij] + yb[ji]);
+        ga -= a * 0.5 * (ya[ij] + swap * ya[ji]);
+        gb -= a * 0.5 * (yb[ij] + swap * yb[ji]);
       }
       // column-major output: element (i, j) at i + n·j
       const std::size_t out = static_cast<std::size_t>(i) + static_cast<std::size_t>(n) * j;
@@ -191,7 +198,7 @@ std::vector<std::vector<double>> total_densities(int n,
 
 template <bool kExchange>
 void stored_build(const ContextView& c, double a, std::span<const double> rho,
-                  std::span<double> fock) {
+                  std::span<double> fock, DensityKind kind = DensityKind::symmetric) {
   const int n = c.nbasis;
   const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
   const int npair = c.npair;
@@ -219,7 +226,7 @@ void stored_build(const ContextView& c, double a, std::span<const double> rho,
 #pragma omp for schedule(static)
     for (std::int64_t r = 0; r < part.ranges(); ++r) part.sum_range(r);
   }
-  finish(part.total(), n, kExchange, a, fock, false);
+  finish(part.total(), n, kExchange, a, fock, false, kind);
 }
 
 // Per shell pair: the largest sqrt((ij|ij)); per shell block: the largest
@@ -300,7 +307,8 @@ bool screening_quartet(const ContextView& c, std::span<const IntegralShell> shel
 // quartets; a quartet is computed when the screening keeps it for any of them.
 template <bool kExchange>
 void direct_build(const ContextView& c, double a, std::span<const std::span<const double>> delta,
-                  std::span<const std::span<double>> fock) {
+                  std::span<const std::span<double>> fock,
+                  std::span<const DensityKind> kinds = {}) {
   const int n = c.nbasis;
   const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
   const auto shells = decode_shells(c.nshell, c.shelltab);
@@ -367,7 +375,8 @@ void direct_build(const ContextView& c, double a, std::span<const std::span<cons
     for (std::int64_t r = 0; r < part.ranges(); ++r) part.sum_range(r);
   }
   for (std::size_t m = 0; m < delta.size(); ++m) {
-    finish(part.total() + m * width, n, kExchange, a, fock[m], true);
+    finish(part.total() + m * width, n, kExchange, a, fock[m], true,
+           kinds.empty() ? DensityKind::symmetric : kinds[m]);
   }
 }
 
@@ -393,10 +402,33 @@ void fock_stored(const ContextView& c, double a, std::span<const double> rho,
 }
 
 void fock_stored(const ContextView& c, double a, std::span<const std::span<const double>> rho,
-                 std::span<const std::span<double>> fock) {
-  // Reading the store is not what the build's time goes into (the digest
-  // of each integral is), so one build each costs as much as a shared one.
-  for (std::size_t m = 0; m < rho.size(); ++m) fock_stored(c, a, rho[m], fock[m]);
+                 std::span<const std::span<double>> fock, std::span<const DensityKind> kinds) {
+  // Reading the store is not what an exchange build's time goes into (the
+  // digest of each integral is), so one build each costs as much as a shared
+  // one; the Coulomb builds share one read of the store.
+  if (a == 0.0) {
+    std::vector<std::span<const double>> in;
+    std::vector<std::span<double>> out;
+    for (std::size_t m = 0; m < rho.size(); ++m) {
+      if (kinds.empty() || kinds[m] == DensityKind::symmetric) {
+        in.push_back(rho[m]);
+        out.push_back(fock[m]);
+      } else {
+        std::fill(fock[m].begin(), fock[m].end(), 0.0);
+      }
+    }
+    if (!in.empty()) coulomb_stored_pass(c, in, out);
+    return;
+  }
+  for (std::size_t m = 0; m < rho.size(); ++m) {
+    if (kinds.empty() || kinds[m] == DensityKind::symmetric) {
+      fock_stored(c, a, rho[m], fock[m]);
+    } else if (a == 0.0) {
+      std::fill(fock[m].begin(), fock[m].end(), 0.0);
+    } else {
+      stored_build<true>(c, a, rho[m], fock[m], DensityKind::antisymmetric);
+    }
+  }
 }
 
 void coulomb_stored(const ContextView& c, std::span<const double> rho, std::span<double> fock) {
@@ -441,6 +473,68 @@ void coulomb_stored(const ContextView& c, std::span<const double> rho, std::span
   }
 }
 
+// The Coulomb builds of several density pairs in one pass over the store,
+// which is what their time goes into (each integral is used once per density,
+// read once for all), each summed in the order of coulomb_stored: J_P = Σ_Q (P|Q) d_Q over the
+// compact pairs, with d_Q = (2 − δ_kl) D_kl, per density.
+void coulomb_stored_pass(const ContextView& c, std::span<const std::span<const double>> rho,
+                         std::span<const std::span<double>> fock) {
+  const int n = c.nbasis;
+  const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
+  const std::size_t m = rho.size();
+  const std::size_t np = static_cast<std::size_t>(c.npair);
+  // dq[Q·m + k]: density k at pair Q, so that a row's sums over k are contiguous.
+  std::vector<double> dq(np * m);
+  for (int Q = 0; Q < c.npair; ++Q) {
+    const int k = c.pairlist[2 * Q] - 1, l = c.pairlist[2 * Q + 1] - 1;
+    const std::size_t kl = static_cast<std::size_t>(k) + static_cast<std::size_t>(n) * l;
+    for (std::size_t d = 0; d < m; ++d) {
+      dq[static_cast<std::size_t>(Q) * m + d] =
+          (k == l ? 1.0 : 2.0) * (rho[d][kl] + rho[d][nn + kl]);
+    }
+  }
+  BlockPartials part(np * m, c.npair);
+  const int nblocks = part.blocks();
+#pragma omp parallel
+  {
+    std::vector<double> sum(m);
+#pragma omp for schedule(dynamic, 1)
+    for (int blk = 0; blk < nblocks; ++blk) {
+      double* jp = part.start(blk);
+      for (int P = blk; P < c.npair; P += nblocks) {
+        const double* row = c.vint.data() + static_cast<std::int64_t>(P) * (P + 1) / 2;
+        const double* dp = dq.data() + static_cast<std::size_t>(P) * m;
+        for (std::size_t d = 0; d < m; ++d) sum[d] = row[P] * dp[d];
+        for (int Q = 0; Q < P; ++Q) {
+          const double v = row[Q];
+          const double* dqq = dq.data() + static_cast<std::size_t>(Q) * m;
+          double* jq = jp + static_cast<std::size_t>(Q) * m;
+          for (std::size_t d = 0; d < m; ++d) {
+            sum[d] += v * dqq[d];
+            jq[d] += v * dp[d];
+          }
+        }
+        double* jpp = jp + static_cast<std::size_t>(P) * m;
+        for (std::size_t d = 0; d < m; ++d) jpp[d] += sum[d];
+      }
+    }
+#pragma omp for schedule(static)
+    for (std::int64_t r = 0; r < part.ranges(); ++r) part.sum_range(r);
+  }
+  const double* jt = part.total();
+  for (std::size_t d = 0; d < m; ++d) {
+    std::span<double> f = fock[d];
+    std::fill_n(f.begin(), 2 * nn, 0.0);
+    for (int P = 0; P < c.npair; ++P) {
+      const int i = c.pairlist[2 * P] - 1, j = c.pairlist[2 * P + 1] - 1;
+      const double v = kHartreeEv * jt[static_cast<std::size_t>(P) * m + d];
+      const std::size_t ij = static_cast<std::size_t>(i) + static_cast<std::size_t>(n) * j;
+      const std::size_t ji = static_cast<std::size_t>(j) + static_cast<std::size_t>(n) * i;
+      f[ij] = f[ji] = f[nn + ij] = f[nn + ji] = v;
+    }
+  }
+}
+
 void fock_direct(const ContextView& c, double a, std::span<const double> rho,
                  std::span<double> rho_prev, std::span<double> fock) {
   if (a == 0.0) return coulomb_direct(c, rho, rho_prev, fock);
@@ -453,10 +547,10 @@ void coulomb_direct(const ContextView& c, std::span<const double> rho, std::span
 }
 
 void fock_direct(const ContextView& c, double a, std::span<const std::span<const double>> rho,
-                 std::span<const std::span<double>> fock) {
+                 std::span<const std::span<double>> fock, std::span<const DensityKind> kinds) {
   for (const auto& f : fock) std::fill(f.begin(), f.end(), 0.0);
-  if (a == 0.0) return direct_build<false>(c, 0.0, rho, fock);
-  direct_build<true>(c, a, rho, fock);
+  if (a == 0.0) return direct_build<false>(c, 0.0, rho, fock, kinds);
+  direct_build<true>(c, a, rho, fock, kinds);
 }
 
 bool screening(const ContextView& c, const std::array<int, 4>& s, std::span<const double> delta) {

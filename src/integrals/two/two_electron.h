@@ -14,8 +14,8 @@
 // (1-based compact indices): P(P−1)/2 + Q.
 //
 // Densities are the alpha/beta pair (nbasis, nbasis, 2), column-major, and are
-// taken to be symmetric; Fock outputs have the same layout and hold only the
-// two-electron part, in eV: for spin σ, J[Pα + Pβ] − a·K[Pσ].
+// taken to be symmetric (except where a build says otherwise); Fock outputs have the same layout
+// and hold only the two-electron part, in eV: for spin σ, J[Pα + Pβ] − a·K[Pσ].
 #pragma once
 
 #include <array>
@@ -82,6 +82,9 @@ void fock_stored(const ContextView& context, double a, std::span<const double> r
                  std::span<double> fock);
 void coulomb_stored(const ContextView& context, std::span<const double> rho,
                     std::span<double> fock);
+// The Coulomb builds of several density pairs in one read of the store.
+void coulomb_stored_pass(const ContextView& context, std::span<const std::span<const double>> rho,
+                         std::span<const std::span<double>> fock);
 
 // Integral-direct incremental builds: fock += G[rho − rho_prev], then
 // rho_prev = rho.  Quartets below kQuartetNeglect are never computed; the others
@@ -98,10 +101,16 @@ void coulomb_direct(const ContextView& context, std::span<const double> rho,
 // any of them), with the sums of one build each, in the same order as long as
 // the partial sums keep their block count (below about 340 functions for three
 // pairs); the stored one makes one build each.
+//
+// `kinds`, when given (one per pair), marks the antisymmetric densities
+// (P = −Pᵀ, the perturbed densities of the A − B product of the response):
+// their Coulomb part vanishes and the build is −a·K[Pσ] with K[P]_μν =
+// Σ_λσ (μλ|νσ) P_λσ, antisymmetric too.  Empty: all symmetric.
+enum class DensityKind { symmetric, antisymmetric };
 void fock_stored(const ContextView& context, double a, std::span<const std::span<const double>> rho,
-                 std::span<const std::span<double>> fock);
+                 std::span<const std::span<double>> fock, std::span<const DensityKind> kinds = {});
 void fock_direct(const ContextView& context, double a, std::span<const std::span<const double>> rho,
-                 std::span<const std::span<double>> fock);
+                 std::span<const std::span<double>> fock, std::span<const DensityKind> kinds = {});
 
 // Whether the shell quartet (a b | c d) (0-based shells) must be recomputed for
 // the density change delta (nbasis, nbasis, 2): true as soon as one function
