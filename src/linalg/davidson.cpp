@@ -7,33 +7,15 @@
 
 #include "linalg/eigen.h"
 #include "linalg/kernels.h"
+#include "linalg/subspace.h"
 
 namespace norvik::linalg {
 
 namespace {
 
-using Vector = std::vector<double>;
-
-double dot(const Vector& x, const Vector& y) {
-  return linalg::dot(x.data(), y.data(), static_cast<Index>(x.size()));
-}
-
-// Orthonormalises v against the basis (classical Gram–Schmidt, twice) and
-// returns false when little of it is left.
-bool orthonormalise(const std::vector<Vector>& basis, Vector& v) {
-  const double before = std::sqrt(dot(v, v));
-  if (before == 0.0) return false;
-  for (int pass = 0; pass < 2; ++pass) {
-    for (const Vector& b : basis) {
-      const double c = dot(b, v);
-      for (std::size_t e = 0; e < v.size(); ++e) v[e] -= c * b[e];
-    }
-  }
-  const double after = std::sqrt(dot(v, v));
-  if (after <= 1e-8 * before || after == 0.0) return false;
-  for (double& e : v) e /= after;
-  return true;
-}
+using subspace::dot;
+using subspace::orthonormalise;
+using Vector = subspace::Vector;
 
 }  // namespace
 
@@ -66,16 +48,9 @@ DavidsonResult davidson_lowest(std::span<const double> diagonal, const BlockProd
                          guesses.begin() + static_cast<std::ptrdiff_t>((c + 1) * n));
     }
   } else {
-    std::vector<std::size_t> order(n);
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::stable_sort(order.begin(), order.end(),
-                     [&](std::size_t a, std::size_t b) { return diagonal[a] < diagonal[b]; });
     const std::size_t count =
         std::min(n, k + static_cast<std::size_t>(std::max(options.extra_guesses, 0)));
-    for (std::size_t c = 0; c < count; ++c) {
-      fresh.emplace_back(n, 0.0);
-      fresh.back()[order[c]] = 1.0;
-    }
+    fresh = subspace::unit_guesses(diagonal, count);
     if (count < n) {
       // Deterministic components of irregular size and sign.
       fresh.emplace_back(n);
