@@ -26,6 +26,7 @@
 #include "norvik.h"
 #include "output_files.h"
 #include "plots.h"
+#include "view.h"
 
 namespace {
 
@@ -97,6 +98,9 @@ void usage(std::ostream& out) {
          "  2  a usage, input-file or output-file error found by the host\n"
          "  3  the SCF did not converge, or stopped on a point that is not a solution\n"
          "     (not when both molecule thresholds are 0, a fixed number of cycles)\n";
+  out << "\n"
+         "norvik view RESULT.json [--output FILE.html]  writes a run's result file as a web\n"
+         "                  page (see norvik view --help)\n";
 }
 
 [[noreturn]] void fail(const std::string& message) {
@@ -520,6 +524,45 @@ int run(const std::vector<std::string>& args) {
   return kLibraryError;
 }
 
+// norvik view RESULT.json [--output FILE.html]: the result file of a run as one
+// self-contained web page (docs/viewer.md).
+int view_command(const std::vector<std::string>& args) {
+  std::string result, output;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    if (a == "-h" || a == "--help") {
+      std::cout << "usage: norvik view RESULT.json [--output FILE.html]\n"
+                   "\n"
+                   "Writes the result file of a run (PREFIX.json) as one web page that needs no\n"
+                   "server and no network: the molecule, orbital surfaces from the cube files\n"
+                   "the result lists, the optimisation path, normal modes and spectra, SCF\n"
+                   "convergence, excited states, energies, dipole and charges.\n"
+                   "  --output FILE.html  the page (default: RESULT.html beside RESULT.json)\n";
+      std::exit(kSuccess);
+    } else if (a == "--output") {
+      if (i + 1 == args.size())
+        fail("--output needs the name of the page, e.g. --output water.html");
+      output = args[++i];
+    } else if (a.size() > 1 && a[0] == '-') {
+      fail("unknown option '" + a + "' of norvik view (see norvik view --help)");
+    } else if (!result.empty()) {
+      fail("norvik view takes one result file, not '" + result + "' and '" + a + "'");
+    } else {
+      result = a;
+    }
+  }
+  if (result.empty())
+    fail("norvik view needs a result file: norvik view RESULT.json [--output FILE.html]");
+  const std::string page = output.empty() ? host::default_view_path(result) : output;
+  std::vector<std::string> notes;
+  if (const std::string problem = host::write_view(result, page, &notes); !problem.empty()) {
+    fail(problem);
+  }
+  for (const std::string& note : notes) std::cerr << "norvik: " << note << '\n';
+  std::cout << "norvik: page written to " << page << '\n';
+  return kSuccess;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -528,6 +571,7 @@ int main(int argc, char** argv) {
     usage(args.empty() ? std::cerr : std::cout);
     return args.empty() ? kUsageError : kSuccess;
   }
+  if (args[0] == "view") return view_command({args.begin() + 1, args.end()});
   if (args[0] != "run") fail("unknown command '" + args[0] + "' (see norvik --help)");
   return run({args.begin() + 1, args.end()});
 }
