@@ -16,7 +16,8 @@
   var EV_NM = 2 * Math.PI * constants.hbarc_ev_angstrom / 10;  // E [eV] · λ [nm]
 
   // Hash options: #check walks through every view once (the browser test does),
-  // #section=NAME scrolls to a section, #mode=K starts normal mode K (from 1).
+  // #section=NAME scrolls to a section, #mode=K starts normal mode K (from 1),
+  // #antialias smooths edges even where WebGL is drawn in software.
   var options = {};
   location.hash.replace(/^#/, "").split("&").forEach(function (part) {
     if (!part) return;
@@ -117,12 +118,18 @@
   };
   var caption = document.getElementById("stage-caption");
 
-  function webglAvailable() {
+  // null without WebGL, else whether it is drawn in software (SwiftShader,
+  // llvmpipe), where multisampling costs about a second a frame.
+  function webglRenderer() {
     try {
       var canvas = document.createElement("canvas");
-      return !!(canvas.getContext("webgl2") || canvas.getContext("webgl"));
+      var gl = canvas.getContext("webgl2") || canvas.getContext("webgl");
+      if (!gl) return null;
+      var info = gl.getExtension("WEBGL_debug_renderer_info");
+      var name = String(info ? gl.getParameter(info.UNMASKED_RENDERER_WEBGL) : gl.getParameter(gl.RENDERER));
+      return { software: /swiftshader|llvmpipe|software/i.test(name) };
     } catch (e) {
-      return false;
+      return null;
     }
   }
 
@@ -354,14 +361,17 @@
       box.appendChild(h("p", { "class": "no-webgl", text: "The result holds no molecule." }));
       return false;
     }
-    if (!webglAvailable()) {
+    var renderer = webglRenderer();
+    if (!renderer) {
       document.body.setAttribute("data-webgl", "no");
       box.appendChild(h("p", { "class": "no-webgl",
         text: "This browser offers no WebGL, so the molecule is not drawn; the tables and plots are all here." }));
       return false;
     }
     document.body.setAttribute("data-webgl", "yes");
-    stage.viewer = $3Dmol.createViewer(box, { backgroundColor: "white", antialias: true });
+    // #antialias asks for smooth edges in software too (for pictures of the page).
+    stage.viewer = $3Dmol.createViewer(box, { backgroundColor: "white",
+                                              antialias: !renderer.software || !!options.antialias });
     stageControls();
     showStructure();
     document.body.setAttribute("data-atoms", String(stage.viewer.getModel().selectedAtoms({}).length));

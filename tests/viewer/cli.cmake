@@ -1,0 +1,97 @@
+cmake_minimum_required(VERSION 3.25)
+# norvik view from the command line: the page it writes from the fixture result
+# (tests/viewer/data: water, HF/6-31G*, optimisation, vibrations with Raman and
+# excited states, its HOMO cube made by the host), and every file it refuses.
+include(${CLI})
+file(COPY ${DATA}/water.json ${DATA}/water.homo.cube DESTINATION ${WORK})
+
+# Fails unless WORK/<file> holds (or, with NOT, lacks) <text>.
+function(page_has file text)
+  file(READ ${WORK}/${file} content)
+  string(FIND "${content}" "${text}" at)
+  if(ARGV2 STREQUAL "NOT" AND NOT at EQUAL -1)
+    message(FATAL_ERROR "${file} holds '${text}'")
+  elseif(NOT ARGV2 STREQUAL "NOT" AND at EQUAL -1)
+    message(FATAL_ERROR "${file} lacks '${text}'")
+  endif()
+endfunction()
+
+# The page beside the result: the result verbatim, the cube's text, the library
+# and the page's own parts, every marker of the template filled.
+run(page STATUS 0 ARGS view water.json STDOUT "norvik: page written to water.html"
+    CREATES water.html)
+file(READ ${WORK}/water.json result)
+page_has(water.html "<script type=\"application/json\" id=\"norvik-result\">${result}</script>")
+page_has(water.html "norvik orbital 5 (alpha) [bohr**-3/2]\\n   -3   -7.558905")
+page_has(water.html "3Dmol.js incorporates code from GLmol")
+page_has(water.html "<title>norvik: water (HF/6-31G*)</title>")
+page_has(water.html "var norvikPlot")
+page_has(water.html "@@" NOT)
+
+# Text in the result that would end a script element, open an HTML comment or
+# break out of the title is carried safely; the browser test reads it back.
+variant(tricky.json water.json "\"name\": \"water\"" "\"name\": \"</script><!--<b>&\"")
+variant(tricky2.json tricky.json "\"messages\": \[" "\"messages\": [\"</SCRIPT> \\u00e9 \\ud83d\\ude00\", ")
+run(escaped STATUS 0 ARGS view tricky2.json --output tricky.html CREATES tricky.json tricky2.json tricky.html)
+page_has(tricky.html "\"name\": \"<\\/script>\\u003c!--<b>&\"")
+page_has(tricky.html "<title>norvik: &lt;/script&gt;&lt;!--&lt;b&gt;&amp; (HF/6-31G*)</title>")
+page_has(tricky.html "</script><!--" NOT)
+file(REMOVE ${WORK}/tricky.json ${WORK}/tricky.html)
+
+# A result in another folder: the page goes beside it, its cube is found beside
+# it; --output names another place, whose folder must exist.
+file(MAKE_DIRECTORY ${WORK}/sub)
+file(COPY ${DATA}/water.json ${DATA}/water.homo.cube DESTINATION ${WORK}/sub)
+run(beside STATUS 0 ARGS view sub/water.json STDOUT "page written to sub/water.html")
+page_has(sub/water.html "norvik orbital 5 (alpha)")
+run(no_folder STATUS 2 ARGS view water.json --output nowhere/w.html
+    STDERR "norvik: cannot write the partial page 'nowhere/w.html.partial'")
+
+# A cube that is gone or cut short: a page all the same, without that surface,
+# and a note on standard error.
+file(REMOVE ${WORK}/sub/water.homo.cube)
+file(RENAME ${WORK}/water.homo.cube ${WORK}/kept.cube)
+run(cube_missing STATUS 0 ARGS view sub/water.json CHANGES sub/water.html
+    STDERR "norvik: cannot find the cube file 'sub/water.homo.cube' (listed in sub/water.json); the page has no surface for it"
+    STDOUT "page written to sub/water.html")
+page_has(sub/water.html "\"problem\": \"cannot find the cube file")
+file(READ ${WORK}/kept.cube cube LIMIT 2000)
+file(WRITE ${WORK}/water.homo.cube "${cube}")
+run(cube_short STATUS 0 ARGS view water.json CHANGES water.html
+    STDERR "norvik: the cube file 'water.homo.cube' is not a Gaussian cube: it holds 123 values for a grid of 6783 points; the page has no surface for it")
+file(RENAME ${WORK}/kept.cube ${WORK}/water.homo.cube)
+
+# Refused, and an earlier page left as it was: no result file, a folder, not
+# JSON (line and column named), JSON of another program, a page over an input.
+run(missing STATUS 2 ARGS view nothing.json STDERR "norvik: cannot find the result file 'nothing.json'")
+run(folder STATUS 2 ARGS view sub STDERR "norvik: the result file 'sub' is a folder; name a file")
+file(WRITE ${WORK}/bad.json "{\"schema_name\": \"norvik_result\",\n  \"status\": 0,\n}\n")
+run(not_json STATUS 2 ARGS view bad.json --output water.html
+    STDERR "norvik: the result file 'bad.json' is not JSON (line 3, column 1: a member name in double quotes belongs here, not '}'); give the PREFIX.json file of a norvik run")
+file(WRITE ${WORK}/bad.json "[1, 2] 3")
+run(trailing STATUS 2 ARGS view bad.json STDERR "(line 1, column 8: more text after the end of the JSON value)")
+file(WRITE ${WORK}/bad.json "{\"a\": \"tab\there\"}")
+run(control STATUS 2 ARGS view bad.json STDERR "a control character inside a string must be escaped (the byte 0x09)")
+file(WRITE ${WORK}/bad.json "{\"a\": 01}")
+run(leading_zero STATUS 2 ARGS view bad.json STDERR "(line 1, column 8: a number may not start with 0)")
+file(WRITE ${WORK}/bad.json "{\"a\": \"\\ud800x\"}")
+run(surrogate STATUS 2 ARGS view bad.json STDERR "a high surrogate must be followed by a low one")
+string(REPEAT "[" 300 deep)
+file(WRITE ${WORK}/bad.json "${deep}")
+run(deep STATUS 2 ARGS view bad.json STDERR "values nested deeper than 256")
+file(WRITE ${WORK}/bad.json "{\"schema_name\": \"qcschema_output\"}")
+run(other_schema STATUS 2 ARGS view bad.json
+    STDERR "norvik: the result file 'bad.json' is JSON but not a norvik result (its schema_name is not 'norvik_result')")
+run(over_input STATUS 2 ARGS view water.json --output water.json
+    STDERR "norvik: the page 'water.json' would overwrite the result file 'water.json'; name another file with --output")
+run(over_cube STATUS 2 ARGS view water.json --output ./water.homo.cube
+    STDERR "would overwrite the cube file 'water.homo.cube'")
+file(REMOVE ${WORK}/bad.json)
+
+# Usage.
+run(no_file STATUS 2 ARGS view STDERR "norvik: norvik view needs a result file")
+run(two_files STATUS 2 ARGS view water.json other.json
+    STDERR "norvik view takes one result file, not 'water.json' and 'other.json'")
+run(unknown STATUS 2 ARGS view water.json --cube homo STDERR "unknown option '--cube' of norvik view")
+run(no_output STATUS 2 ARGS view water.json --output STDERR "--output needs the name of the page")
+run(help STATUS 0 ARGS view --help STDOUT "usage: norvik view RESULT.json [--output FILE.html]")
