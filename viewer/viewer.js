@@ -16,7 +16,8 @@
   var EV_NM = 2 * Math.PI * constants.hbarc_ev_angstrom / 10;  // E [eV] · λ [nm]
 
   // Hash options: #check walks through every view once (the browser test does),
-  // #section=NAME scrolls to a section, #mode=K starts normal mode K (from 1),
+  // #section=NAME scrolls to a section, #only=NAME shows that section alone,
+  // #mode=K starts normal mode K (from 1),
   // #antialias smooths edges even where WebGL is drawn in software.
   var options = {};
   location.hash.replace(/^#/, "").split("&").forEach(function (part) {
@@ -290,7 +291,7 @@
         hi[i % 3] = Math.max(hi[i % 3], coords[i]);
       }
       var diagonal = Math.hypot(hi[0] - lo[0], hi[1] - lo[1], hi[2] - lo[2]);
-      stage.viewer.zoom(2.2 * Math.max(5, diagonal) / (diagonal + 3));
+      stage.viewer.zoom(1.9 * Math.max(5, diagonal) / (diagonal + 3));
       stage.zoomed = true;
     }
     stage.viewer.render();
@@ -771,6 +772,11 @@
   if (options.mode && vibrations) vibrations.mode(Number(options.mode) - 1);
   if (options.section && document.getElementById(options.section)) {
     document.getElementById(options.section).scrollIntoView();
+  }
+  if (options.only) {
+    Array.prototype.forEach.call(document.querySelectorAll("section.card"), function (s) {
+      s.hidden = s.id !== options.only;
+    });
   }
 
   document.body.setAttribute("data-sections", sectionsShown.join(" "));
