@@ -106,9 +106,11 @@
     return lines.join("\n") + "\n";
   }
 
+  // Beyond this many atoms the labels hide the molecule: they start off.
+  var kMaxLabelledAtoms = 40;
   var stage = {
     viewer: null,
-    labels: "atoms",
+    labels: natom > kMaxLabelledAtoms ? "none" : "atoms",
     cube: cubes.findIndex(function (c) { return !c.problem; }),
     isovalue: null,
     volumes: {},
@@ -326,6 +328,7 @@
         labelChoice.appendChild(h("option", { value: k, text: k.replace("_", " ").replace("lowdin", "Löwdin").replace("mulliken", "Mulliken") }));
       }
     });
+    labelChoice.value = stage.labels;
     labelChoice.addEventListener("change", function () { stage.labels = labelChoice.value; showStructure(); });
     form.appendChild(h("label", {}, ["Labels", labelChoice]));
 
@@ -711,7 +714,6 @@
   }
 
   function drawRun() {
-    var s = section("run", "Run");
     var rows = [];
     var prov = result.provenance || {};
     if (prov.creator) rows.push(["program", prov.creator + (prov.version ? " " + prov.version : "")]);
@@ -736,7 +738,8 @@
     var kw = result.keywords || {};
     var settings = Object.keys(kw).map(function (k) { return k.replace(/_/g, " ") + " " + kw[k]; });
     if (settings.length) rows.push(["settings", settings.join(", ")]);
-    s.appendChild(table(["", ""], rows));
+    if (!rows.length) return false;
+    section("run", "Run").appendChild(table(["", ""], rows));
   }
 
   // ---- the whole page ---------------------------------------------------------------------

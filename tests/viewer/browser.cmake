@@ -88,7 +88,7 @@ file(WRITE ${WORK}/bare.json [=[
 norvik_view(bare.json)
 open_page(bare.html "#check")
 expect_attribute(data-webgl "^yes$")
-expect_attribute(data-sections "^header molecule energies orbitals run check$")
+expect_attribute(data-sections "^header molecule energies orbitals check$")
 foreach(text "cannot find the cube file 'gone.cube'" "NOT converged" "&lt;/script&gt;&lt;b&gt;H&lt;/b&gt;")
   string(FIND "${dom}" "${text}" at)
   if(at EQUAL -1)
