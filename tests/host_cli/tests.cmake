@@ -4,6 +4,7 @@
 # logs (cli.cmake).  All of them run in seconds.
 set(host_cli_groups files names outputs molecule parameters accepted failures convergence
                     large plots mp2)
+list(APPEND host_cli_groups friendly)
 foreach(group IN LISTS host_cli_groups)
   add_test(NAME host_cli.${group}
     COMMAND ${CMAKE_COMMAND} -DNORVIK=$<TARGET_FILE:norvik_host>
