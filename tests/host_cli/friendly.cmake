@@ -93,6 +93,13 @@ file(WRITE ${WORK}/water.par "# my settings\n")
 run(foreign_parameter_file STATUS 2 ARGS run water.xyz STDERR "water.par exists and norvik did not")
 file(REMOVE ${WORK}/water.par)
 
+# The written files are outputs like the report: never the .xyz file, nor
+# another output.
+run(trajectory_over_xyz STATUS 2 ARGS run water.xyz --opt --xyz water.xyz
+    STDERR "the trajectory 'water.xyz' would overwrite the xyz file 'water.xyz'")
+run(report_is_molecule_file STATUS 2 ARGS run water.xyz --report water.mol
+    STDERR "the report 'water.mol' and the molecule file 'water.mol' are one file; give --report another name")
+
 # The job: the written files byte for byte, the trajectory beside the .xyz file.
 run(xyz_job STATUS 0
     ARGS run water.xyz --basis sto-3g --opt 20 --freq --population MULLIKEN --memory 2
