@@ -471,8 +471,9 @@ Request parse(const std::vector<std::string>& args) {
   // The trajectory of a job from an .xyz file must not take the .xyz file's
   // name, nor must a repeat of it from the molecule file written then.
   const bool from_xyz = !request.xyz_file.empty() || host::written_by_norvik(request.molecule_file);
-  if (!have_xyz)
+  if (!have_xyz) {
     request.xyz = with_extension(request.molecule_file, from_xyz ? ".opt.xyz" : ".xyz");
+  }
   if (request.vib.empty()) request.vib = with_extension(request.molecule_file, "");
   if (request.cube_prefix.empty()) request.cube_prefix = with_extension(request.molecule_file, "");
   return request;
@@ -542,8 +543,9 @@ int run(const std::vector<std::string>& args) {
   const std::size_t input_length =
       request.xyz_file.empty() ? path_length : path_length - host::kPartialSuffixLength;
   check_name(request.molecule_file, input_length, "molecule file");
-  if (request.has_parameter_file)
+  if (request.has_parameter_file) {
     check_name(request.parameter_file, input_length, "parameter file");
+  }
   check_name(request.report, path_length - host::kPartialSuffixLength, "report");
   check_name(request.log, path_length - host::kPartialSuffixLength, "run log");
   check_name(request.xyz, path_length - host::kPartialSuffixLength, "trajectory");

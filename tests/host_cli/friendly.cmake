@@ -32,10 +32,14 @@ file(RENAME ${WORK}/water.mol ${WORK}/ex.mol)
 variant(doublet.mol ex.mol "\n1\n# atoms" "\n2\n# atoms")
 variant(lower.mol ex.mol "\nHF\n" "\nb3lyp\n")
 file(WRITE ${WORK}/hcl.xyz "H 0 0 0\nCL 0 0 1.27\n")
-run(check_good STATUS 0 ARGS check ex.mol hf.par water.xyz hcl.xyz --method b3lyp --basis 6-31+G**
+# Windows line ends, an atomic number, a Fortran exponent and an extra column.
+file(WRITE ${WORK}/crlf.xyz "2\r\nhydrogen fluoride\r\n9 0 0 0\r\nH 0 0 0.92D0 0.4\r\n")
+run(check_good STATUS 0
+    ARGS check ex.mol hf.par water.xyz hcl.xyz crlf.xyz --method b3lyp --basis 6-31+G**
     STDOUT "norvik: ex.mol with hf.par: fine (HF / 6-31Gxx, 3 atoms, 10 electrons)"
            "norvik: water.xyz: fine (B3LYP / 6-31+Gxx, 3 atoms, 10 electrons)"
-           "norvik: hcl.xyz: fine (B3LYP / 6-31+Gxx, 2 atoms, 18 electrons)")
+           "norvik: hcl.xyz: fine (B3LYP / 6-31+Gxx, 2 atoms, 18 electrons)"
+           "norvik: crlf.xyz: fine (B3LYP / 6-31+Gxx, 2 atoms, 10 electrons)")
 run(check_bad STATUS 2 ARGS check doublet.mol lower.mol ex.mol
     STDOUT "norvik: ex.mol: fine"
     STDERR "norvik: doublet.mol, record 22 (multiplicity): multiplicity 2 does not fit 10 electrons"
@@ -139,12 +143,13 @@ run(built_in_settings STATUS 0 ARGS run sto.mol CREATES sto.report sto.log)
 same_as(sto.report ${WORK}/water.report)
 
 # A header-less .xyz file, symbols in any letter case or atomic numbers, the
-# lowest multiplicity; a report in a folder takes the two files along.
+# lowest multiplicity; a report in a folder takes the two files along, and the
+# first line quotes the command as a shell would need it.
 file(WRITE ${WORK}/oh.xyz "o 0 0 0\n1 0 0 0.97\n")
 file(MAKE_DIRECTORY ${WORK}/sub)
-run(header_less STATUS 0 ARGS run oh.xyz --basis STO-3G --report sub/oh.report
-    STDOUT "E(UHF)" "molecule file written to sub/oh.mol" CREATES oh.log)
-same_as(sub/oh.mol ${expected}/oh.mol)
+run(header_less STATUS 0 ARGS run oh.xyz --basis STO-3G --report "sub/o h.report"
+    STDOUT "E(UHF)" "molecule file written to sub/o h.mol" CREATES "o h.log")
+same_as("sub/o h.mol" ${expected}/oh.mol)
 
 # A Kohn-Sham job writes the parameter file in the Kohn-Sham layout.
 file(WRITE ${WORK}/h2.xyz "2\nhydrogen\nH 0 0 0\nH 0 0 0.74\n")
