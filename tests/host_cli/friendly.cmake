@@ -44,6 +44,19 @@ run(check_bad STATUS 2 ARGS check doublet.mol lower.mol ex.mol
     STDOUT "norvik: ex.mol: fine"
     STDERR "norvik: doublet.mol, record 22 (multiplicity): multiplicity 2 does not fit 10 electrons"
            "norvik: lower.mol, record 2 (theory): 'b3lyp' is not a theory of the library")
+# The host's list of theories is the library's: every functional name of the
+# core's table is in the message, and no other.
+file(READ ${DATA}/../../../src/dft/functionals/functional_names.h table)
+string(REGEX MATCHALL "{\"[A-Z0-9]+\", Combination::" entries "${table}")
+list(TRANSFORM entries REPLACE "{\"([A-Z0-9]+)\".*" "\\1")
+execute_process(COMMAND ${NORVIK} check lower.mol WORKING_DIRECTORY ${WORK} ERROR_VARIABLE err)
+string(REGEX REPLACE ".* or a functional: ([^(]*) \\(.*" "\\1" listed "${err}")
+string(REPLACE ", " ";" listed "${listed}")
+list(SORT entries)
+list(SORT listed)
+if(NOT entries STREQUAL listed OR entries STREQUAL "")
+  message(FATAL_ERROR "the host knows the functionals '${listed}', the library '${entries}'")
+endif()
 run(check_layout STATUS 2 ARGS check ex.mol ks.par
     STDERR "ks.par, record 6 (SCF iterations): more values than the 2 this record takes")
 run(check_parameters_alone STATUS 2 ARGS check hf.par
