@@ -172,6 +172,7 @@ void ReportReader::read(const std::string& line, ProgressState& state) {
   if (std::sscanf(line.c_str(), "#  Optimization cycle %d:", &cycle) == 1) {
     at_ = At::cycle;
     state.optimisation_cycle = cycle;
+    state.largest_gradient = -1.0;  // the cycle's own comes next
     return;
   }
   if (at_ == At::cycle) {
@@ -259,10 +260,16 @@ ProgressLine::ProgressLine(ProgressFiles files)
 void ProgressLine::update() {
   const double now =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-  // A phase that began and ended between two updates is drawn once all the
-  // same: the optimisation's cycle before the Hessian that follows it.
+  // What began and ended between two updates is drawn once all the same:
+  // every optimisation cycle, and the last one before the Hessian that follows.
   for (const std::string& line : log_.new_lines()) read_log_line(line, state_);
-  for (const std::string& line : report_.new_lines()) report_reader_.read(line, state_);
+  for (const std::string& line : report_.new_lines()) {
+    const ProgressState before = state_;
+    report_reader_.read(line, state_);
+    if (state_.optimisation_cycle != before.optimisation_cycle) {
+      draw(status_line(before, files_.optimisation_cycles, now, width_));
+    }
+  }
   const std::vector<std::string> hessian = hessian_.new_lines();
   if (!hessian.empty() && state_.hessian_done < 0) {
     draw(status_line(state_, files_.optimisation_cycles, now, width_));

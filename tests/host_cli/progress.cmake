@@ -29,7 +29,7 @@ endif()
 if(NOT out MATCHES "converged after ([0-9]+) cycles: .* component ([0-9.e+-]+) eV/A")
   message(FATAL_ERROR "--progress: no optimisation summary${said}")
 endif()
-foreach(expected "\rnorvik: 0:0" "optimisation cycle 1 (max 5) | SCF cycle "
+foreach(expected "\rnorvik: 0:0" "optimisation cycle 1 (max 5), largest gradient "
                  "optimisation cycle ${CMAKE_MATCH_1} (max 5), largest gradient ${CMAKE_MATCH_2} eV/A | SCF cycle "
                  ", dE " ", RMS density change " "Hessian: 6 of 6 displaced coordinates, ")
   string(FIND "${err}" "${expected}" at)
@@ -74,7 +74,8 @@ if(SCRIPT)
     endif()
     execute_process(
       COMMAND ${SCRIPT} -q -e -c "${NORVIK} run w.mol ${option} --report t.report --log t.log --xyz t.xyz --vib t" /dev/null
-      WORKING_DIRECTORY ${WORK} TIMEOUT 60 OUTPUT_VARIABLE tty RESULT_VARIABLE rc)
+      WORKING_DIRECTORY ${WORK} TIMEOUT 60 INPUT_FILE /dev/null OUTPUT_VARIABLE tty
+      RESULT_VARIABLE rc)
     string(FIND "${tty}" "Hessian: 6 of 6" hessian)
     string(FIND "${tty}" "norvik: report written to t.report" done)
     set(shown shown)
