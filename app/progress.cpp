@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -11,6 +12,7 @@
 #include "host_job.h"
 
 #if !defined(_WIN32)
+#include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 #endif
@@ -71,6 +73,50 @@ std::string clock(double seconds) {
 
 bool starts_with(const std::string& text, const char* prefix) {
   return text.rfind(prefix, 0) == 0;
+}
+
+// What a signal handler may touch: whether a line is on the terminal, and the
+// scratch file's name.  One host shows one line at a time.
+volatile std::sig_atomic_t line_shown = 0;
+char scratch_name[kPathLength + 1] = {};
+
+#if !defined(_WIN32)
+constexpr int kWatchedSignals[] = {SIGINT, SIGTERM, SIGHUP};
+struct sigaction previous[std::size(kWatchedSignals)];
+
+extern "C" void leave_cleanly(int signal) {
+  if (line_shown != 0) {
+    const char clear[] = "\r\x1b[K";
+    [[maybe_unused]] const ssize_t n = ::write(STDERR_FILENO, clear, sizeof clear - 1);
+  }
+  if (scratch_name[0] != '\0') ::unlink(scratch_name);
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+#endif
+
+void watch_signals(const std::string& scratch) {
+  const std::size_t n = std::min(scratch.size(), sizeof scratch_name - 1);
+  std::copy_n(scratch.begin(), n, scratch_name);
+  scratch_name[n] = '\0';
+#if !defined(_WIN32)
+  struct sigaction action {};
+  action.sa_handler = leave_cleanly;
+  sigemptyset(&action.sa_mask);
+  for (std::size_t i = 0; i < std::size(kWatchedSignals); ++i) {
+    ::sigaction(kWatchedSignals[i], &action, &previous[i]);
+  }
+#endif
+}
+
+void restore_signals() {
+#if !defined(_WIN32)
+  for (std::size_t i = 0; i < std::size(kWatchedSignals); ++i) {
+    ::sigaction(kWatchedSignals[i], &previous[i], nullptr);
+  }
+#endif
+  line_shown = 0;
+  scratch_name[0] = '\0';
 }
 
 }  // namespace
@@ -255,7 +301,13 @@ ProgressLine::ProgressLine(ProgressFiles files)
       report_(files_.report),
       hessian_(files_.hessian),
       start_(std::chrono::steady_clock::now()),
-      width_(terminal_width()) {}
+      width_(terminal_width()) {
+  watch_signals(files_.hessian);
+}
+
+ProgressLine::~ProgressLine() {
+  restore_signals();
+}
 
 void ProgressLine::update() {
   const double now =
@@ -284,6 +336,7 @@ void ProgressLine::hide() {
   if (shown_.empty()) return;
   write_stderr("\r\x1b[K");
   shown_.clear();
+  line_shown = 0;
 }
 
 void ProgressLine::finish() {
@@ -295,6 +348,7 @@ void ProgressLine::draw(const std::string& text) {
   if (text.empty() || text == shown_) return;
   write_stderr("\r" + text + "\x1b[K");
   shown_ = text;
+  line_shown = 1;
 }
 
 }  // namespace host

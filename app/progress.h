@@ -95,9 +95,16 @@ std::string status_line(const ProgressState& state, int optimisation_cycles, dou
 
 // Follows the files of a running job and keeps the status line on standard
 // error.  Every call is cheap: the files are read from where they were left.
+//
+// An interrupt (Ctrl-C) or a termination of the host while the line is there
+// clears it and removes the Hessian's scratch file before the host ends as the
+// signal asks.
 class ProgressLine {
  public:
   explicit ProgressLine(ProgressFiles files);
+  ~ProgressLine();
+  ProgressLine(const ProgressLine&) = delete;
+  ProgressLine& operator=(const ProgressLine&) = delete;
   // Reads what the files gained and redraws the line when it changed (or its
   // clock did).
   void update();
