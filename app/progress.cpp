@@ -188,10 +188,12 @@ bool read_log_line(const std::string& line, ProgressState& state) {
   std::istringstream tail(line.substr(close + 1));
   double rms = 0.0;
   if (!(tail >> rms)) return false;
-  state.has_change = state.scf && point == state.point && cycle == state.cycle + 1;
+  state.has_change =
+      state.scf && point == state.point && stage == state.stage && cycle == state.cycle + 1;
   if (state.has_change) state.energy_change = energy - state.energy;
   state.scf = true;
   state.point = point;
+  state.stage = stage;
   state.cycle = cycle;
   state.energy = energy;
   state.rms_density_change = rms;

@@ -58,9 +58,10 @@ class FollowedFile {
 
 // What the files told so far.
 struct ProgressState {
-  // The SCF: the latest cycle of the latest point.
+  // The SCF: the latest cycle of the latest point (and of its Hartree-Fock or
+  // Kohn-Sham stage).
   bool scf = false;
-  int point = 0, cycle = 0;
+  int point = 0, stage = 0, cycle = 0;
   double energy = 0.0, energy_change = 0.0, rms_density_change = 0.0;
   bool has_change = false;
   // The optimisation: the latest cycle in the report with its largest gradient
