@@ -135,9 +135,9 @@ JobEnd run_job_following(const std::function<int()>& job, const std::string& not
     if (line) {
       pollfd ready{fds[0], POLLIN, 0};
       const int polled = ::poll(&ready, 1, kProgressTickMs);
-      if (polled < 0 && errno != EINTR) break;
       line->update();
-      if (polled <= 0) continue;
+      // Nothing to read yet; a failing poll falls back on the blocking read.
+      if (polled == 0 || (polled < 0 && errno == EINTR)) continue;
     }
     const ssize_t n = ::read(fds[0], buffer, sizeof buffer);
     if (n < 0 && errno == EINTR) continue;
