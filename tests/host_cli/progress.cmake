@@ -87,3 +87,10 @@ if(SCRIPT)
     endif()
   endforeach()
 endif()
+
+# A single point that runs out of cycles (status 3): its last SCF cycle with the
+# energy, which an optimisation's line leaves out.
+parameters(three.par hf.par 6 "64 3")
+run(single_point STATUS 3 ARGS run water.mol three.par --progress
+    STDERR "SCF cycle 3, E -20" ", dE -" ", RMS density change " "${clear}"
+    STDOUT "norvik: SCF not converged in 3 cycles" CREATES water.report water.log)
