@@ -312,6 +312,7 @@ ProgressLine::~ProgressLine() {
 }
 
 void ProgressLine::update() {
+  width_ = terminal_width();  // the terminal may have been resized
   const double now =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
   // What began and ended between two updates is drawn once all the same:
