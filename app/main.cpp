@@ -31,6 +31,7 @@
 #include "norvik.h"
 #include "output_files.h"
 #include "plots.h"
+#include "progress.h"
 #include "xyz_input.h"
 
 namespace {
@@ -60,7 +61,7 @@ void usage(std::ostream& out) {
          "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense] [--stability]\n"
          "                  [--orbitals [all]] [--cube WHAT[,WHAT...]] [--cube-prefix PREFIX]\n"
          "                  [--cube-step STEP] [--cube-points N] [--fragments QA,MA,QB,MB]\n"
-         "                  [--frozen-core] [--states N]\n"
+         "                  [--frozen-core] [--states N] [--progress | --no-progress]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -95,6 +96,9 @@ void usage(std::ostream& out) {
          "  --states N      excited states per spin type for the theories TDA, RPA, TDKS*\n"
          "                  and KSTDA* (default 10, at most 200); their UV-vis spectrum\n"
          "                  goes to PREFIX.uv.dat (PREFIX as for --vib)\n"
+         "  --progress      a live status line on standard error (SCF cycles, optimisation\n"
+         "                  cycles, Hessian displacements); the default when standard\n"
+         "                  error is a terminal; --no-progress: none\n"
          "\n"
          "An .xyz input (atom count, title line, then symbol x y z [A] per atom) takes:\n"
          "  --method M      HF (default), MP2, RPA, TDA or a functional (B3LYP, BLYP, SVWN5, ...)\n"
@@ -167,6 +171,7 @@ struct Request {
   std::string xyz_file;
   host::XyzChoices xyz_choices;
   std::string molecule_read, parameter_read;  // the files the job reads
+  host::ProgressMode progress = host::ProgressMode::automatic;
 };
 
 // A positive number of an option, or the end of the run with the problem.
@@ -216,7 +221,7 @@ int verdict(const host::Job& job, const host::PointResult& point) {
 
 // The job itself, with the report and the log under their partial names.
 int run_job(const Request& request, const host::InputFacts& facts,
-            const std::vector<host::OutputFile>& outputs) {
+            const std::vector<host::OutputFile>& outputs, const std::string& hessian_progress) {
   host::Job job;
   job.max_atoms = facts.natom + 1;
   job.molecule_file = host::padded(request.molecule_read, host::kPathLength);
@@ -242,6 +247,7 @@ int run_job(const Request& request, const host::InputFacts& facts,
   job.cube_max_points = request.cube_max_points;
   job.frozen_core = request.frozen_core;
   job.states = request.states;
+  job.hessian_progress = host::padded(hessian_progress, host::kPathLength);
 
   host::setup(job);
   // The orbitals asked for must exist before the SCF is spent on them.
@@ -438,6 +444,8 @@ Request parse(const std::vector<std::string>& args) {
              std::to_string(host::kMaxStates));
       }
       request.states = states;
+    } else if (a == "--progress" || a == "--no-progress") {
+      request.progress = a == "--progress" ? host::ProgressMode::on : host::ProgressMode::off;
     } else if (a == "-h" || a == "--help") {
       usage(std::cout);
       std::exit(kSuccess);
@@ -641,9 +649,20 @@ int run(const std::vector<std::string>& args) {
   outputs = all_outputs;
 
   const std::string note = partial_files_note(outputs);
-  const host::JobEnd end =
-      host::run_job([&] { return run_job(request, facts, outputs); },
-                    "norvik: the library stopped the job (its message is above)\n" + note);
+  const std::string stopped = "norvik: the library stopped the job (its message is above)\n" + note;
+  host::JobEnd end;
+  if (host::progress_shown(request.progress)) {
+    host::ProgressFiles progress;
+    progress.report = outputs[0].partial;
+    progress.log = outputs[1].partial;
+    progress.optimisation_cycles = facts.optimisation_cycles;
+    host::ScratchFile hessian;
+    if (facts.vibrations > 0) progress.hessian = hessian.path();
+    end = host::run_job([&] { return run_job(request, facts, outputs, progress.hessian); }, stopped,
+                        progress);
+  } else {
+    end = host::run_job([&] { return run_job(request, facts, outputs, ""); }, stopped);
+  }
   if (end.exited && (end.status == kSuccess || end.status == kNotConverged)) {
     if (const std::string problem = host::move_into_place(outputs); !problem.empty()) {
       fail(problem);
