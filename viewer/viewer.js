@@ -405,6 +405,7 @@
     }
     add("final energy", result.return_result);
     add("SCF total energy", p.scf_total_energy);
+    add("electronic energy", p.scf_electronic_energy);
     add("nuclear repulsion", p.nuclear_repulsion_energy);
     add("one-electron energy", p.scf_one_electron_energy);
     add("two-electron energy", p.scf_two_electron_energy);
