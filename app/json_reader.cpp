@@ -74,7 +74,7 @@ class Reader {
   }
 
   Value value(int depth) {
-    if (depth > kMaxDepth) fail("values nested deeper than " + std::to_string(kMaxDepth));
+    if (depth >= kMaxDepth) fail("values nested deeper than " + std::to_string(kMaxDepth));
     blanks();
     if (pos_ >= text_.size()) fail("the text ends where a value belongs");
     Value v;

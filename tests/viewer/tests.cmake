@@ -11,3 +11,6 @@ add_test(NAME viewer.browser
           -DWORK=${CMAKE_CURRENT_BINARY_DIR}/viewer/browser -P ${CMAKE_CURRENT_LIST_DIR}/browser.cmake)
 set_tests_properties(viewer.cli PROPERTIES TIMEOUT 120)
 set_tests_properties(viewer.browser PROPERTIES LABELS viewer TIMEOUT 180)
+# The host's JSON reader, compiled into the folder's gtest executable.
+target_sources(test_viewer PRIVATE ${PROJECT_SOURCE_DIR}/app/json_reader.cpp)
+target_include_directories(test_viewer PRIVATE ${PROJECT_SOURCE_DIR}/app)
