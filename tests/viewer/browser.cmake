@@ -20,14 +20,15 @@ function(norvik_view)
   endif()
 endfunction()
 
-# The <body> tag of the page after it has run, in `body`.
+# The <body> tag of the page after it has run, in `body`; more Chromium flags
+# may follow the hash.
 function(open_page page hash)
   file(MAKE_DIRECTORY ${WORK}/profile-${page})
   execute_process(
     COMMAND ${CHROMIUM} --headless --no-sandbox --disable-gpu --disable-quic --no-first-run
             --disable-background-networking --disable-component-update --disable-sync
             --use-angle=swiftshader --enable-unsafe-swiftshader
-            --user-data-dir=${WORK}/profile-${page} --window-size=1280,900
+            --user-data-dir=${WORK}/profile-${page} --window-size=1280,900 ${ARGN}
             --virtual-time-budget=4000 --dump-dom "file://${WORK}/${page}${hash}"
     RESULT_VARIABLE rc OUTPUT_VARIABLE dom ERROR_VARIABLE err TIMEOUT 90)
   file(WRITE ${WORK}/${page}.dom "${dom}")
@@ -95,3 +96,13 @@ foreach(text "cannot find the cube file 'gone.cube'" "NOT converged" "&lt;/scrip
     message(FATAL_ERROR "bare.html shows no '${text}'")
   endif()
 endforeach()
+
+# Without WebGL the page says so where the molecule would be and draws the rest.
+open_page(water.html "#check" --disable-webgl)
+expect_attribute(data-webgl "^no$")
+expect_attribute(data-sections
+  "^header energies charges orbitals scf optimisation vibrations thermochemistry excited run check$")
+string(FIND "${dom}" "This browser offers no WebGL" at)
+if(at EQUAL -1)
+  message(FATAL_ERROR "water.html without WebGL does not say why the molecule is missing")
+endif()

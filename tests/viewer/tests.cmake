@@ -1,7 +1,7 @@
 # norvik view: the page written from a result file.  viewer.cli checks what the
 # host writes and refuses (seconds); viewer.browser opens pages in headless
 # Chromium and checks that every section drew without an error (label viewer,
-# about 5 s).
+# about 6 s).
 add_test(NAME viewer.cli
   COMMAND ${CMAKE_COMMAND} -DNORVIK=$<TARGET_FILE:norvik_host> -DDATA=${CMAKE_CURRENT_LIST_DIR}/data
           -DEXAMPLES=${PROJECT_SOURCE_DIR}/examples -DWORK=${CMAKE_CURRENT_BINARY_DIR}/viewer/cli
