@@ -555,20 +555,21 @@
       series: [{ kind: "linemarkers", points: points, onClick: function (i) { stopMotion(); frame(i); } }]
     });
     var play = h("button", { type: "button", text: "Play the path" });
-    play.addEventListener("click", function () {
+    function playPath() {
       if (!stage.viewer) return;
       stopMotion();
       var i = 0;
       frame(i);
       stage.timer = setInterval(function () { i = (i + 1) % frames.length; frame(i); }, 450);
-    });
+    }
+    play.addEventListener("click", playPath);
     s.appendChild(h("div", { "class": "row" }, [play,
       h("span", { "class": "note", text: (o.driver || "") + (o.converged ? " converged" : " NOT converged") +
         " after " + o.cycles + " cycles (" + o.points + " SCF points, " + o.gradients + " gradients); largest gradient " +
         (isNumber(o.largest_gradient) ? o.largest_gradient.toExponential(2) : "–") + " hartree/bohr." })]));
     s.appendChild(h("p", { "class": "note", text: "Click a point to see that step's geometry." }));
     stage.onStop.push(function () { if (shown >= 0) chart.highlight(0, -1); shown = -1; });
-    return { frame: frame, count: frames.length };
+    return { frame: frame, play: playPath, count: frames.length };
   }
 
   function frequencyText(f) {
@@ -764,7 +765,10 @@
     draw("check", function () {
       if (stage.viewer) {
         cubes.forEach(function (c, k) { if (!c.problem) showCube(k); });
-        if (optimisation) for (var i = 0; i < optimisation.count; ++i) optimisation.frame(i);
+        if (optimisation) {
+          optimisation.play();
+          for (var i = 0; i < optimisation.count; ++i) optimisation.frame(i);
+        }
         if (vibrations) for (var k = 0; k < vibrations.count; ++k) vibrations.mode(k);
         var first = cubes.findIndex(function (c) { return !c.problem; });
         if (first >= 0) showCube(first); else showStructure();
