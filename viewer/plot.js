@@ -50,32 +50,32 @@ var norvikPlot = (function () {
     return [withZero && lo === 0 ? 0 : lo - margin, hi + margin];
   }
 
-  // spec: {xLabel, yLabel, series: [{name, kind: "line" | "sticks" | "markers",
+  // figure: {xLabel, yLabel, series: [{name, kind: "line" | "sticks" | "markers",
   //   points: [[x, y]], onClick(index)}], xRange, yRange, reverseX, logY
   //   (the y values are decimal logarithms, labelled as powers of ten), wholeX
   //   (whole-number ticks on x), height}
   // Returns {svg, highlight(seriesIndex, pointIndex)}.
-  function plot(container, spec) {
-    var width = 640, height = spec.height || 300;
+  function plot(container, figure) {
+    var width = 640, height = figure.height || 300;
     var left = 64, right = 16, top = 14, bottom = 44;
     var svg = el("svg", { "class": "plot", viewBox: "0 0 " + width + " " + height,
-                         role: "img", "aria-label": spec.title || spec.yLabel || "plot" });
+                         role: "img", "aria-label": figure.title || figure.yLabel || "plot" });
     var xs = [], ys = [], sticks = false;
-    spec.series.forEach(function (s) {
+    figure.series.forEach(function (s) {
       s.points.forEach(function (p) { xs.push(p[0]); ys.push(p[1]); });
       if (s.kind === "sticks") sticks = true;
     });
-    var xr = spec.xRange || range(xs, false, 0.03);
-    var yr = spec.yRange || range(ys, sticks, 0.06);
+    var xr = figure.xRange || range(xs, false, 0.03);
+    var yr = figure.yRange || range(ys, sticks, 0.06);
     var plotW = width - left - right, plotH = height - top - bottom;
     function X(v) {
       var f = (v - xr[0]) / (xr[1] - xr[0]);
-      return left + (spec.reverseX ? 1 - f : f) * plotW;
+      return left + (figure.reverseX ? 1 - f : f) * plotW;
     }
     function Y(v) { return top + (1 - (v - yr[0]) / (yr[1] - yr[0])) * plotH; }
 
-    var xt = ticks(xr[0], xr[1], 7, spec.wholeX);
-    var yt = ticks(yr[0], yr[1], 5, spec.logY);
+    var xt = ticks(xr[0], xr[1], 7, figure.wholeX);
+    var yt = ticks(yr[0], yr[1], 5, figure.logY);
     var grid = el("g", {}, svg);
     xt.values.forEach(function (v) {
       el("line", { "class": "grid", x1: X(v), x2: X(v), y1: top, y2: top + plotH }, grid);
@@ -85,21 +85,21 @@ var norvikPlot = (function () {
     yt.values.forEach(function (v) {
       el("line", { "class": "grid", x1: left, x2: left + plotW, y1: Y(v), y2: Y(v) }, grid);
       el("text", { x: left - 6, y: Y(v) + 4, "text-anchor": "end" }, grid).textContent =
-        spec.logY ? "1e" + Math.round(v) : label(v, yt.step);
+        figure.logY ? "1e" + Math.round(v) : label(v, yt.step);
     });
     el("rect", { "class": "axis", x: left, y: top, width: plotW, height: plotH, fill: "none" }, svg);
     el("text", { x: left + plotW / 2, y: height - 6, "text-anchor": "middle" }, svg).textContent =
-      spec.xLabel || "";
+      figure.xLabel || "";
     el("text", { x: 14, y: top + plotH / 2, "text-anchor": "middle",
                  transform: "rotate(-90 14 " + (top + plotH / 2) + ")" }, svg).textContent =
-      spec.yLabel || "";
+      figure.yLabel || "";
 
     var clip = "clip" + Math.random().toString(36).slice(2);
     el("rect", { x: left, y: top, width: plotW, height: plotH },
        el("clipPath", { id: clip }, el("defs", {}, svg)));
     var body = el("g", { "clip-path": "url(#" + clip + ")" }, svg);
     var markers = [];
-    spec.series.forEach(function (s, k) {
+    figure.series.forEach(function (s, k) {
       var cls = "series-" + (s.style === undefined ? k : s.style);
       var mine = [];
       if (s.kind === "line" || s.kind === "linemarkers") {
@@ -124,7 +124,7 @@ var norvikPlot = (function () {
       markers.push(mine);
     });
 
-    var named = spec.series.filter(function (s) { return s.name; });
+    var named = figure.series.filter(function (s) { return s.name; });
     if (named.length > 1) {
       var legend = el("g", { "class": "legend" }, svg);
       // About 6.5 px a character of the 12 px labels: room for the longest name.
@@ -133,7 +133,7 @@ var norvikPlot = (function () {
       el("rect", { x: x0 - 6, y: top + 2, width: 6.5 * longest + 38, height: 16 * named.length + 4,
                    fill: "white", opacity: 0.85 }, legend);
       named.forEach(function (s, i) {
-        var k = spec.series.indexOf(s);
+        var k = figure.series.indexOf(s);
         var cls = "series-" + (s.style === undefined ? k : s.style);
         var y = top + 12 + 16 * i;
         el("line", { "class": (s.kind === "sticks" ? "stick " : "line ") + cls,
