@@ -258,38 +258,37 @@ std::string default_view_path(const std::string& json_path) {
   return fs::path(json_path).replace_extension(".html").string();
 }
 
-std::string write_view(const std::string& json_path, const std::string& html_path,
-                       std::vector<std::string>* notes) {
-  if (html_path.empty()) return "the page's name is empty; name a file with --output";
+ViewPage build_view(const std::string& json_path) {
+  ViewPage view;
   std::string text;
-  if (std::string problem = read_file(json_path, "result file", kMaxResultBytes, text);
-      !problem.empty()) {
-    return problem;
+  if (view.problem = read_file(json_path, "result file", kMaxResultBytes, text);
+      !view.problem.empty()) {
+    return view;
   }
   json::Value result;
   try {
     result = json::parse(text);
   } catch (const json::ParseError& e) {
-    return "the result file '" + json_path + "' is not JSON (" + e.what() +
-           "); give the PREFIX.json file of a norvik run";
+    view.problem = "the result file '" + json_path + "' is not JSON (" + e.what() +
+                   "); give the PREFIX.json file of a norvik run";
+    return view;
   }
   const std::string* schema = member_text(result, "schema_name");
   if (!result.is(json::Value::Kind::object) || schema == nullptr || *schema != "norvik_result") {
-    return "the result file '" + json_path +
-           "' is JSON but not a norvik result (its schema_name is not 'norvik_result'); give "
-           "the PREFIX.json file of a norvik run";
+    view.problem = "the result file '" + json_path +
+                   "' is JSON but not a norvik result (its schema_name is not 'norvik_result'); "
+                   "give the PREFIX.json file of a norvik run";
+    return view;
   }
 
   const std::vector<Cube> cubes = read_cubes(result, fs::path(json_path).parent_path(), json_path);
-  std::vector<InputFile> inputs{{"result file", json_path}};
   for (const Cube& c : cubes) {
-    if (c.problem.empty()) inputs.push_back({"cube file", c.found.string()});
+    if (c.problem.empty()) {
+      view.cube_files.push_back(c.found.string());
+    } else {
+      view.notes.push_back(c.problem);
+    }
   }
-  const std::vector<OutputFile> outputs{output_file("page", "--output", html_path)};
-  if (std::vector<std::string> problems = output_problems(outputs, inputs); !problems.empty()) {
-    return problems.front();
-  }
-
   const std::map<std::string, std::string> texts{
       {"TITLE", html_escaped(molecule_title(result))},
       {"STYLE", std::string(asset("viewer.css"))},
@@ -303,12 +302,25 @@ std::string write_view(const std::string& json_path, const std::string& html_pat
       {"SCRIPT", std::string(asset("viewer.js"))},
       {"LICENCE", html_escaped(asset("3Dmol-LICENSE.txt"))},
   };
-  const std::string page = filled(asset("page.html"), texts);
+  view.html = filled(asset("page.html"), texts);
+  return view;
+}
 
+std::string write_view(const std::string& json_path, const std::string& html_path,
+                       std::vector<std::string>* notes) {
+  if (html_path.empty()) return "the page's name is empty; name a file with --output";
+  const ViewPage view = build_view(json_path);
+  if (!view.problem.empty()) return view.problem;
+  std::vector<InputFile> inputs{{"result file", json_path}};
+  for (const std::string& cube : view.cube_files) inputs.push_back({"cube file", cube});
+  const std::vector<OutputFile> outputs{output_file("page", "--output", html_path)};
+  if (std::vector<std::string> problems = output_problems(outputs, inputs); !problems.empty()) {
+    return problems.front();
+  }
   if (std::string problem = start_partials(outputs); !problem.empty()) return problem;
   {
     std::ofstream out(outputs[0].partial, std::ios::binary | std::ios::trunc);
-    out << page;
+    out << view.html;
     out.close();
     if (!out) {
       std::error_code ec;
@@ -317,11 +329,7 @@ std::string write_view(const std::string& json_path, const std::string& html_pat
     }
   }
   if (std::string problem = move_into_place(outputs); !problem.empty()) return problem;
-  if (notes != nullptr) {
-    for (const Cube& c : cubes) {
-      if (!c.problem.empty()) notes->push_back(c.problem);
-    }
-  }
+  if (notes != nullptr) notes->insert(notes->end(), view.notes.begin(), view.notes.end());
   return "";
 }
 

@@ -20,6 +20,19 @@ inline constexpr std::uintmax_t kMaxViewCubeBytes = 128u << 20;
 // replaced.
 std::string default_view_path(const std::string& json_path);
 
+// The page of a result file, built in memory.
+struct ViewPage {
+  std::string problem;                  // why there is no page ("" when there is one)
+  std::string html;                     // the page
+  std::vector<std::string> cube_files;  // the cube files on the page, where they were read
+  std::vector<std::string> notes;       // listed cubes left out, and why
+};
+
+// Reads the result file `json_path` and the cube files it lists and fills the
+// page; writes nothing.  For a host that writes the page under its own partial
+// name (a run that lists the page among its outputs); write_view does the rest.
+ViewPage build_view(const std::string& json_path);
+
 // Writes the page of the result file `json_path` to `html_path`, first as
 // `html_path`.partial, renamed into place at the end, so that a failure leaves an
 // earlier page as it was.  Returns "" or the problem (a message without the
