@@ -66,7 +66,9 @@ var norvikPlot = (function () {
       if (s.kind === "sticks") sticks = true;
     });
     var xr = figure.xRange || range(xs, false, 0.03);
-    var yr = figure.yRange || range(ys, sticks, 0.06);
+    // A legend needs headroom above the highest peak.
+    var legendRows = figure.series.filter(function (s) { return s.name; }).length;
+    var yr = figure.yRange || range(ys, sticks, legendRows > 1 ? 0.06 + 0.09 * legendRows : 0.06);
     var plotW = width - left - right, plotH = height - top - bottom;
     function X(v) {
       var f = (v - xr[0]) / (xr[1] - xr[0]);

@@ -520,17 +520,21 @@
     var history = result.scf_history;
     if (!Array.isArray(history) || !history.length) return false;
     var s = section("scf", "SCF convergence");
-    var energy = [], density = [];
-    history.forEach(function (c) {
-      var de = Math.abs(c.delta_energy), rms = Math.abs(c.rms_density);
-      energy.push([c.cycle, de > 0 ? Math.log10(de) : NaN]);
-      density.push([c.cycle, rms > 0 ? Math.log10(rms) : NaN]);
-    });
-    norvikPlot.plot(s, {
-      xLabel: "SCF cycle", yLabel: "log₁₀ of the change", logY: true, wholeX: true,
-      series: [{ name: "|ΔE| [hartree]", kind: "linemarkers", points: energy },
-               { name: "RMS density change", kind: "linemarkers", points: density }]
-    });
+    // Each quantity on a log scale; a change of exactly 0 (the log rounds it so)
+    // has no point.
+    function logOf(key) {
+      return history.map(function (c) {
+        var v = Math.abs(c[key]);
+        return [c.cycle, v > 0 && isFinite(v) ? Math.log10(v) : NaN];
+      });
+    }
+    var series = [{ name: "|ΔE| [hartree]", kind: "linemarkers", points: logOf("delta_energy") },
+                  { name: "RMS density change", kind: "linemarkers", points: logOf("rms_density") }];
+    if (history.some(function (c) { return isNumber(c.commutator); })) {
+      series.push({ name: "|FPS−SPF| [hartree]", kind: "linemarkers", points: logOf("commutator") });
+    }
+    norvikPlot.plot(s, { xLabel: "SCF cycle", yLabel: "log₁₀ of the change", logY: true, wholeX: true,
+                         series: series });
     var last = history[history.length - 1];
     s.appendChild(h("p", { "class": "note", text: history.length + " cycles of the final point; last energy " +
       fixed(last.energy, 9) + " hartree." }));
