@@ -10,6 +10,6 @@ file(WRITE ${WORK}/free_format.log "an earlier log\n")
 run(free_format STATUS 0 ARGS run free_format.mol free_format.par
     STDOUT "job 'water molecule': 3 atoms, 5 + 5 electrons" "E(RHF) = -76.022611061 hartree"
            "report written to free_format.report"
-    CHANGES free_format.report free_format.log)
+    CHANGES free_format.report free_format.log CREATES free_format.json free_format.molden)
 expect_in(free_format.report "Molecule: water molecule")
 expect_in(free_format.log "# iopt isrc iscf")
