@@ -234,7 +234,8 @@ Json json_result(const Job& job, const PointResult& point, const RunFacts& facts
     p.set("scf_correlation_energy", point.xc[2] / kHartree);
     p.set("grid_electrons", point.xc[3]);
   }
-  p.set("binding_energy", (point.parts[2] - point.free_atoms) / kHartree);
+  // positive when the molecule is bound, as the report gives it
+  p.set("binding_energy", (point.free_atoms - point.parts[2]) / kHartree);
   p.set("scf_dipole_moment", scaled(point.dipole, 3, 1.0 / kBohr));
   if (point.quadrupole) {
     p.set("scf_quadrupole_moment", scaled(point.quadrupole->data(), 9, 1.0 / (kBohr * kBohr)));
