@@ -78,12 +78,8 @@ Json molecule_json(const Job& job, const std::vector<double>& pos) {
 
 std::string utc_now() {
   const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-  std::tm utc{};
-#if defined(_WIN32)
-  gmtime_s(&utc, &now);
-#else
-  gmtime_r(&now, &utc);
-#endif
+  // std::gmtime's buffer is shared, but the job process has one thread here.
+  const std::tm utc = *std::gmtime(&now);
   char text[32];
   std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
   return text;

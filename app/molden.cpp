@@ -134,7 +134,7 @@ CartesianBasis cartesian_basis(const Job& job) {
   // angular momentum of a shell; the normalised Cartesian function of monomial m
   // is m·R/√(w_m Q), with w_m the monomial's one-centre weight and Q = <R_xy|R_xy>
   // the squared norm of the radial part on a monomial of weight one.
-  out.map.assign(static_cast<std::size_t>(out.ncart) * static_cast<std::size_t>(nbasis), 0.0);
+  out.terms.resize(static_cast<std::size_t>(nbasis));
   std::size_t f = 0;
   for (std::size_t sh = 0; sh < ns; ++sh) {
     for (int j = 0; j < kind[sh]; ++j, ++f) {
@@ -159,9 +159,9 @@ CartesianBasis cartesian_basis(const Job& job) {
         std::size_t c = 0;
         while (c < components.size() && components[c] != e) ++c;
         if (c == components.size()) throw std::logic_error("molden: a term outside its shell");
-        const double weight = std::sqrt(monomial_weight(e) * q);
-        out.map[piece->cart_offset + c + static_cast<std::size_t>(out.ncart) * f] +=
-            termcoef[t + kTerms * (j + kSlots * sh)] * weight;
+        out.terms[f].push_back(
+            {piece->cart_offset + static_cast<int>(c),
+             termcoef[t + kTerms * (j + kSlots * sh)] * std::sqrt(monomial_weight(e) * q)});
       }
     }
   }
@@ -187,11 +187,8 @@ Molden molden_of_point(const Job& job, int n, int northo, bool restricted,
       o.beta = spin == 1;
       o.occupation = i < nocc ? (restricted ? 2.0 : 1.0) : 0.0;
       o.coefficients.assign(static_cast<std::size_t>(basis.ncart), 0.0);
-      for (std::size_t fi = 0; fi < nn; ++fi) {
-        if (c[fi] == 0.0) continue;
-        for (int k = 0; k < basis.ncart; ++k)
-          o.coefficients[k] += basis.map[k + static_cast<std::size_t>(basis.ncart) * fi] * c[fi];
-      }
+      for (std::size_t fi = 0; fi < nn; ++fi)
+        for (const CartesianTerm& t : basis.terms[fi]) o.coefficients[t.index] += t.weight * c[fi];
       m.orbitals.push_back(std::move(o));
     }
   }

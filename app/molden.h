@@ -56,13 +56,17 @@ struct Molden {
 // exponents (a, b, c) of x^a y^b z^c.
 std::vector<std::array<int, 3>> molden_components(int l);
 
-// The job's basis as Cartesian shells, and the map of the library's functions
-// onto their Cartesian functions: cartesian[c] = Σ_f map[c][f]·library[f],
-// stored column-major (ncart, nbasis).
+// The job's basis as Cartesian shells, and each library function as a sum of
+// normalised Cartesian functions: library function f = Σ weight·cartesian[index]
+// over terms[f] (one to three terms each).
+struct CartesianTerm {
+  int index = 0;
+  double weight = 0.0;
+};
 struct CartesianBasis {
   std::vector<MoldenShell> shells;
   int ncart = 0, nbasis = 0;
-  std::vector<double> map;
+  std::vector<std::vector<CartesianTerm>> terms;
 };
 CartesianBasis cartesian_basis(const Job& job);
 
