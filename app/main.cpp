@@ -205,14 +205,19 @@ int verdict(const host::Job& job, const host::PointResult& point, std::vector<st
 }
 
 // The result files of a job that has a result: the JSON results and the
-// molden file, under their partial names (outputs 2 and 3).
+// molden file, under their partial names.
 void write_result_files(const Request& request, const host::Job& job,
                         const host::PointResult& point,
                         const std::vector<host::OutputFile>& outputs, int status,
                         const std::vector<std::string>& said, const std::vector<double>& input_pos,
                         std::chrono::steady_clock::time_point started, double setup_seconds) {
-  if (point.orbitals.empty()) return;
-  host::write_molden(outputs[3].partial,
+  std::string json_file, molden_file;
+  for (const host::OutputFile& out : outputs) {
+    if (out.what == "JSON result") json_file = out.partial;
+    if (out.what == "molden file") molden_file = out.partial;
+  }
+  if (point.orbitals.empty() || json_file.empty() || molden_file.empty()) return;
+  host::write_molden(molden_file,
                      host::molden_of_point(job, point.nbasis, point.northo, !point.unrestricted,
                                            point.orbitals, point.vibrations));
   host::RunFacts facts;
@@ -242,8 +247,7 @@ void write_result_files(const Request& request, const host::Job& job,
   facts.setup_seconds = setup_seconds;
   facts.total_seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-  std::ofstream(outputs[2].partial, std::ios::binary)
-      << host::json_result(job, point, facts).text();
+  std::ofstream(json_file, std::ios::binary) << host::json_result(job, point, facts).text();
 }
 
 // The job itself, with the report and the log under their partial names.
