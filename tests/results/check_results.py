@@ -100,7 +100,15 @@ def main():
 
     # energies, in hartree, against the report in eV
     e = report_value(report, "Molecular energy   =")
-    close(d["return_result"] * HARTREE_EV, e, TOL_ENERGY_EV, "return_result")
+    if "mp2_total_energy" in p:
+        for key, label in [("mp2_total_energy", "MP2 total energy   ="),
+                           ("mp2_correlation_energy", "MP2 correction     ="),
+                           ("mp2_same_spin_correlation_energy", "MP2 same-spin      ="),
+                           ("mp2_opposite_spin_correlation_energy", "MP2 opposite-spin  =")]:
+            close(p[key] * HARTREE_EV, report_value(report, label), TOL_ENERGY_EV, key)
+        close(d["return_result"], p["mp2_total_energy"], 0.0, "return_result of MP2")
+    else:
+        close(d["return_result"] * HARTREE_EV, e, TOL_ENERGY_EV, "return_result")
     close(p["scf_total_energy"] * HARTREE_EV, e, TOL_ENERGY_EV, "scf_total_energy")
     close(p["scf_electronic_energy"] * HARTREE_EV, report_value(report, "Electronic energy  ="),
           TOL_ENERGY_EV, "scf_electronic_energy")
@@ -183,6 +191,21 @@ def main():
               TOL_ENERGY_EV, "enthalpy")
         close(t["gibbs_free_energy"] * HARTREE_EV, report_value(report, "Gibbs free energy G = H - TS [eV]:"),
               TOL_ENERGY_EV, "Gibbs free energy")
+
+    if "excited_states" in d:
+        start = next(i for i, l in enumerate(report) if l.startswith("#  Excited states (")) + 2
+        rows = []
+        while re.match(r"^#\s+\d+\s+(singlet|triplet|\w+)\s", report[start + len(rows)]):
+            rows.append(report[start + len(rows)])
+        states = d["excited_states"]
+        expect(len(states) == len(rows), f"{len(states)} excited states, the report {len(rows)}")
+        for k, (state, row) in enumerate(zip(states, rows)):
+            words = row.split()
+            spin = {"singlet": 1, "triplet": 3}.get(words[2], 0)
+            expect(state["multiplicity"] == spin, f"state {k + 1}: multiplicity")
+            close(state["energy_ev"], float(words[3]), TOL_LEVEL_EV, f"state {k + 1}: energy")
+            close(state["energy"] * HARTREE_EV, state["energy_ev"], 1e-12, f"state {k + 1}: hartree")
+            close(state["oscillator_strength"], float(words[5]), TOL_LEVEL_EV, f"state {k + 1}: f")
 
     # the molden file of the same run
     sys.argv = ["check_molden.py", os.path.join(work, d["files"]["molden"]),
