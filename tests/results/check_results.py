@@ -116,6 +116,15 @@ def main():
           TOL_ENERGY_EV, "binding_energy")
     close(p["scf_electronic_energy"] + p["nuclear_repulsion_energy"], p["scf_total_energy"], 1e-12,
           "electronic + nuclear repulsion")
+    close(p["nuclear_repulsion_energy"] * HARTREE_EV, report_value(report, "Nuclear repulsion  ="),
+          TOL_ENERGY_EV, "nuclear_repulsion_energy")
+    if "scf_xc_energy" in p:
+        for key, label in [("scf_xc_energy", "XC energy          ="),
+                           ("scf_exchange_energy", "  exchange         ="),
+                           ("scf_correlation_energy", "  correlation      =")]:
+            close(p[key] * HARTREE_EV, report_value(report, label), TOL_ENERGY_EV, key)
+        close(p["grid_electrons"], report_value(report, "Electrons on grid  ="), TOL_ENERGY_EV,
+              "grid_electrons")
     # the SCF history ends on the final energy
     h = d["scf_history"]
     expect(h and h[-1]["cycle"] == p["scf_iterations"], "scf_history does not end on the last cycle")

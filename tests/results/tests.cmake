@@ -2,8 +2,8 @@
 # PREFIX.molden's orbitals against its own basis (check_results.py, which also
 # runs check_molden.py); Jmol opening the molden file (check_jmol.py, Debian jmol
 # under xvfb-run).  Restricted with Cartesian d and populations, unrestricted, an
-# optimisation with frequencies, MP2 and excited states (TDA) run in the default
-# suite in under a second each; the 6-31G* optimisation with frequencies and Jmol (a Java start) are slow.
+# optimisation with frequencies, MP2, excited states (TDA) and B3LYP run in the
+# default suite in about a second each; the 6-31G* optimisation with frequencies and Jmol (a Java start) are slow.
 find_program(NORVIK_RESULTS_PYTHON NAMES python3 PATHS /usr/bin NO_DEFAULT_PATH)
 if(NORVIK_RESULTS_PYTHON)
   set(results_dir ${CMAKE_CURRENT_LIST_DIR})
@@ -13,6 +13,7 @@ if(NORVIK_RESULTS_PYTHON)
       opt_freq_sto3g ${results_dir}/data/water_sto3g_freq.mol
       mp2 ${results_dir}/data/water_mp2.mol
       tda ${results_dir}/data/water_tda.mol
+      rks ${results_dir}/data/water_b3lyp.mol
       opt_freq ${PROJECT_SOURCE_DIR}/examples/water-freq.mol)
   while(results_cases)
     list(POP_FRONT results_cases name mol)
