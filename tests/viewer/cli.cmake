@@ -63,30 +63,31 @@ file(RENAME ${WORK}/kept.cube ${WORK}/water.homo.cube)
 
 # Refused, and an earlier page left as it was: no result file, a folder, not
 # JSON (line and column named), JSON of another program, a page over an input.
+# The broken files are not named .json: every .json a case leaves must parse.
 run(missing STATUS 2 ARGS view nothing.json STDERR "norvik: cannot find the result file 'nothing.json'")
 run(folder STATUS 2 ARGS view sub STDERR "norvik: the result file 'sub' is a folder; name a file")
-file(WRITE ${WORK}/bad.json "{\"schema_name\": \"norvik_result\",\n  \"status\": 0,\n}\n")
-run(not_json STATUS 2 ARGS view bad.json --output water.html
-    STDERR "norvik: the result file 'bad.json' is not JSON (line 3, column 1: a member name in double quotes belongs here, not '}'); give the PREFIX.json file of a norvik run")
-file(WRITE ${WORK}/bad.json "[1, 2] 3")
-run(trailing STATUS 2 ARGS view bad.json STDERR "(line 1, column 8: more text after the end of the JSON value)")
-file(WRITE ${WORK}/bad.json "{\"a\": \"tab\there\"}")
-run(control STATUS 2 ARGS view bad.json STDERR "a control character inside a string must be escaped (the byte 0x09)")
-file(WRITE ${WORK}/bad.json "{\"a\": 01}")
-run(leading_zero STATUS 2 ARGS view bad.json STDERR "(line 1, column 8: a number may not start with 0)")
-file(WRITE ${WORK}/bad.json "{\"a\": \"\\ud800x\"}")
-run(surrogate STATUS 2 ARGS view bad.json STDERR "a high surrogate must be followed by a low one")
+file(WRITE ${WORK}/bad.txt "{\"schema_name\": \"norvik_result\",\n  \"status\": 0,\n}\n")
+run(not_json STATUS 2 ARGS view bad.txt --output water.html
+    STDERR "norvik: the result file 'bad.txt' is not JSON (line 3, column 1: a member name in double quotes belongs here, not '}'); give the PREFIX.json file of a norvik run")
+file(WRITE ${WORK}/bad.txt "[1, 2] 3")
+run(trailing STATUS 2 ARGS view bad.txt STDERR "(line 1, column 8: more text after the end of the JSON value)")
+file(WRITE ${WORK}/bad.txt "{\"a\": \"tab\there\"}")
+run(control STATUS 2 ARGS view bad.txt STDERR "a control character inside a string must be escaped (the byte 0x09)")
+file(WRITE ${WORK}/bad.txt "{\"a\": 01}")
+run(leading_zero STATUS 2 ARGS view bad.txt STDERR "(line 1, column 8: a number may not start with 0)")
+file(WRITE ${WORK}/bad.txt "{\"a\": \"\\ud800x\"}")
+run(surrogate STATUS 2 ARGS view bad.txt STDERR "a high surrogate must be followed by a low one")
 string(REPEAT "[" 300 deep)
-file(WRITE ${WORK}/bad.json "${deep}")
-run(deep STATUS 2 ARGS view bad.json STDERR "values nested deeper than 256")
-file(WRITE ${WORK}/bad.json "{\"schema_name\": \"qcschema_output\"}")
-run(other_schema STATUS 2 ARGS view bad.json
-    STDERR "norvik: the result file 'bad.json' is JSON but not a norvik result (its schema_name is not 'norvik_result')")
+file(WRITE ${WORK}/bad.txt "${deep}")
+run(deep STATUS 2 ARGS view bad.txt STDERR "values nested deeper than 256")
+file(WRITE ${WORK}/bad.txt "{\"schema_name\": \"qcschema_output\"}")
+run(other_schema STATUS 2 ARGS view bad.txt
+    STDERR "norvik: the result file 'bad.txt' is JSON but not a norvik result (its schema_name is not 'norvik_result')")
 run(over_input STATUS 2 ARGS view water.json --output water.json
     STDERR "norvik: the page 'water.json' would overwrite the result file 'water.json'; name another file with --output")
 run(over_cube STATUS 2 ARGS view water.json --output ./water.homo.cube
     STDERR "would overwrite the cube file 'water.homo.cube'")
-file(REMOVE ${WORK}/bad.json)
+file(REMOVE ${WORK}/bad.txt)
 
 # Usage.
 run(no_file STATUS 2 ARGS view STDERR "norvik: norvik view needs a result file")
