@@ -67,7 +67,7 @@ void usage(std::ostream& out) {
          "                  [--orbitals [all]] [--cube WHAT[,WHAT...]] [--cube-prefix PREFIX]\n"
          "                  [--cube-step STEP] [--cube-points N] [--fragments QA,MA,QB,MB]\n"
          "                  [--frozen-core] [--states N] [--json FILE] [--molden FILE]\n"
-         "                  [--progress | --no-progress]\n"
+         "                  [--html FILE] [--progress | --no-progress]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -109,6 +109,8 @@ void usage(std::ostream& out) {
          "                  with .json; layout in docs/json.md)\n"
          "  --molden FILE   geometry, basis, orbitals and normal modes for viewers such as\n"
          "                  Jmol and Molden (default: with .molden)\n"
+         "  --html FILE     the results as one web page for a browser (molecule, orbitals,\n"
+         "                  optimisation path, modes and spectra; default: with .html)\n"
          "\n"
          "An .xyz input (atom count, title line, then symbol x y z [A] per atom) takes:\n"
          "  --method M      HF (default), MP2, RPA, TDA or a functional (B3LYP, BLYP, SVWN5, ...)\n"
@@ -184,6 +186,7 @@ struct Request {
   std::string molecule_read, parameter_read;  // the files the job reads
   host::ProgressMode progress = host::ProgressMode::automatic;
   std::string json, molden;  // the result files
+  std::string html;          // the web page of the results (docs/viewer.md)
 };
 
 // A positive number of an option, or the end of the run with the problem.
@@ -451,7 +454,7 @@ Request parse(const std::vector<std::string>& args) {
   std::vector<std::string> positional;
   std::vector<std::string> xyz_problems;
   bool have_report = false, have_log = false, have_xyz = false;
-  bool have_json = false, have_molden = false;
+  bool have_json = false, have_molden = false, have_html = false;
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
     if (host::read_xyz_option(args, i, request.xyz_choices, xyz_problems)) {
@@ -464,6 +467,10 @@ Request parse(const std::vector<std::string>& args) {
       if (i + 1 == args.size()) fail(a + " needs a file name");
       have_xyz = true;
       request.xyz = args[++i];
+    } else if (a == "--html") {
+      if (i + 1 == args.size()) fail(a + " needs a file name");
+      have_html = true;
+      request.html = args[++i];
     } else if (a == "--json" || a == "--molden") {
       if (i + 1 == args.size()) fail(a + " needs a file name");
       (a == "--json" ? have_json : have_molden) = true;
@@ -562,6 +569,7 @@ Request parse(const std::vector<std::string>& args) {
     request.xyz = with_extension(request.molecule_file, from_xyz ? ".opt.xyz" : ".xyz");
   }
   if (!have_json) request.json = with_extension(request.molecule_file, ".json");
+  if (!have_html) request.html = with_extension(request.molecule_file, ".html");
   if (!have_molden) request.molden = with_extension(request.molecule_file, ".molden");
   if (request.vib.empty()) request.vib = with_extension(request.molecule_file, "");
   if (request.cube_prefix.empty()) request.cube_prefix = with_extension(request.molecule_file, "");
@@ -618,6 +626,23 @@ std::vector<host::OutputFile> write_xyz_job(const Request& request, const std::s
   return written;
 }
 
+// The web page of a run whose result files are in place.  The results stand
+// without it, so a page that cannot be made is said on standard error and the
+// run keeps its status.
+void write_page(const std::vector<host::OutputFile>& outputs, const std::string& page) {
+  for (const host::OutputFile& out : outputs) {
+    if (out.what != "JSON result") continue;
+    std::vector<std::string> notes;
+    const std::string problem = host::write_view(out.path, page, &notes);
+    for (const std::string& note : notes) std::cerr << "norvik: " << note << '\n';
+    if (problem.empty()) {
+      std::cout << "norvik: web page written to " << page << "\n";
+    } else {
+      std::cerr << "norvik: the web page was not written: " << problem << '\n';
+    }
+  }
+}
+
 int run(const std::vector<std::string>& args) {
   const Request request = parse(args);
 
@@ -640,6 +665,7 @@ int run(const std::vector<std::string>& args) {
   check_name(request.xyz, path_length - host::kPartialSuffixLength, "trajectory");
   check_name(request.json, path_length - host::kPartialSuffixLength, "JSON result");
   check_name(request.molden, path_length - host::kPartialSuffixLength, "molden file");
+  check_name(request.html, path_length - host::kPartialSuffixLength, "web page");
   check_name(request.vib + ".modes.molden", path_length - host::kPartialSuffixLength,
              "normal-mode file");
   for (const std::string& what : request.cubes) {
@@ -727,7 +753,12 @@ int run(const std::vector<std::string>& args) {
   }
   std::vector<host::OutputFile> all_outputs = outputs;
   all_outputs.insert(all_outputs.end(), written.begin(), written.end());
-  problems = host::output_problems(all_outputs, inputs);
+  // The web page is made from the result files once they are in place (below),
+  // through a partial name of its own; it is checked with the others.
+  const host::OutputFile page = host::output_file("web page", "--html", request.html);
+  std::vector<host::OutputFile> checked = all_outputs;
+  checked.push_back(page);
+  problems = host::output_problems(checked, inputs);
   if (!problems.empty()) give_up(problems);
   if (const std::string problem = host::start_partials(outputs); !problem.empty()) {
     give_up({problem});
@@ -757,6 +788,7 @@ int run(const std::vector<std::string>& args) {
               << "norvik: run log written to " << outputs[1].path << "\n";
     for (std::size_t k = 2; k < outputs.size(); ++k)
       std::cout << "norvik: " << outputs[k].what << " written to " << outputs[k].path << "\n";
+    write_page(outputs, page.path);
     return end.status;
   }
 
