@@ -26,6 +26,7 @@
 #include "norvik.h"
 #include "output_files.h"
 #include "plots.h"
+#include "python_batch.h"
 
 namespace {
 
@@ -97,6 +98,7 @@ void usage(std::ostream& out) {
          "  2  a usage, input-file or output-file error found by the host\n"
          "  3  the SCF did not converge, or stopped on a point that is not a solution\n"
          "     (not when both molecule thresholds are 0, a fixed number of cycles)\n";
+  out << "\nnorvik batch JOBS... runs many jobs on a Dask cluster (norvik batch --help)\n";
 }
 
 [[noreturn]] void fail(const std::string& message) {
@@ -528,6 +530,7 @@ int main(int argc, char** argv) {
     usage(args.empty() ? std::cerr : std::cout);
     return args.empty() ? kUsageError : kSuccess;
   }
+  if (args[0] == "batch") return host::run_python_batch({args.begin() + 1, args.end()});
   if (args[0] != "run") fail("unknown command '" + args[0] + "' (see norvik --help)");
   return run({args.begin() + 1, args.end()});
 }
