@@ -7,6 +7,9 @@ set -eu
 # sanitizer runtimes come with g++.  g++-mingw-w64-x86-64-posix and wine64 cross-build
 # the Windows DLL and run it (tests/windows).
 packages="cmake ninja-build g++ gfortran libgtest-dev libbenchmark-dev binutils python3 python3-mpmath python3-numpy clang-format clang libclang-rt-14-dev libomp-14-dev g++-mingw-w64-x86-64-posix wine64"
+# python3-pytest and python3-distributed test the Python package and run its batches
+# on Dask (python/, docs/python.md).
+packages="$packages python3-pytest python3-distributed"
 missing=""
 for p in $packages; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"

@@ -24,13 +24,13 @@ def host_program() -> str:
     if env:
         if not os.path.isfile(env) or not os.access(env, os.X_OK):
             raise NotFound(f"NORVIK_HOST={env} is not an executable file")
-        return env
+        return os.path.abspath(env)
     beside = os.path.join(_ROOT, "build", "app", "norvik")
     if os.path.isfile(beside) and os.access(beside, os.X_OK):
         return beside
     found = shutil.which("norvik")
     if found:
-        return found
+        return os.path.abspath(found)
     raise NotFound(
         f"cannot find the norvik host: set NORVIK_HOST to it, build it as {beside}, "
         "or put it on PATH"
@@ -43,7 +43,7 @@ def shared_library() -> str:
     if env:
         if not os.path.isfile(env):
             raise NotFound(f"NORVIK_LIBRARY={env} is not a file")
-        return env
+        return os.path.abspath(env)
     beside = os.path.join(_ROOT, "build", "libnorvik.so")
     if os.path.isfile(beside):
         return beside

@@ -94,12 +94,12 @@ def _plain(value):
     return value
 
 
-def _reshape(section: Section | None, key: str, shape) -> None:
-    if section is None or key not in section:
+def _reshape(section: Section | dict | None, key: str, shape) -> None:
+    data = section._data if isinstance(section, Section) else section
+    if data is None or key not in data:
         return
-    value = section._data[key]
-    if isinstance(value, np.ndarray):
-        section._data[key] = value.reshape(shape)
+    if isinstance(data[key], np.ndarray):
+        data[key] = data[key].reshape(shape)
 
 
 def _molecule_arrays(mol: Section | None) -> None:
