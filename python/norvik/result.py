@@ -157,15 +157,19 @@ class Result(Section):
     # ---- construction -------------------------------------------------------
 
     @classmethod
-    def from_json(cls, path, stdout: str = "", stderr: str = "") -> "Result":
-        """Reads a JSON result file; its files are taken relative to its folder."""
+    def from_json(cls, path, stdout: str = "", stderr: str = "", folder=None) -> "Result":
+        """Reads a JSON result file.  The paths of its ``files`` are relative to
+        the folder the host ran in: ``folder``, by default the JSON file's own
+        (where ``norvik.run`` and ``norvik batch`` run the host)."""
         path = os.fspath(path)
         with open(path, encoding="utf-8") as f:
             data = json.load(f)
         if data.get("schema_name") != "norvik_result":
             raise ValueError(f"{path} is not a norvik result (schema_name "
                              f"{data.get('schema_name')!r})")
-        return cls(data, os.path.dirname(os.path.abspath(path)), stdout, stderr, path)
+        if folder is None:
+            folder = os.path.dirname(os.path.abspath(path))
+        return cls(data, os.path.abspath(folder), stdout, stderr, path)
 
     @classmethod
     def from_dict(cls, data: dict[str, Any], folder=None) -> "Result":

@@ -56,6 +56,17 @@ def test_usage_errors_end_with_status_2(tmp_path):
     assert proc.stderr.startswith("norvik: --workers 0: give at least 1")
 
 
+def test_host_finds_the_package_or_says_where_to_point(host, tmp_path):
+    env = {k: v for k, v in os.environ.items() if k != "NORVIK_PYTHON"}
+    if os.path.commonpath([host, ROOT]) == ROOT:  # a host built in this tree finds python/
+        proc = subprocess.run([host, "batch", "--help"], capture_output=True, text=True, env=env)
+        assert proc.returncode == 0 and "usage: norvik batch" in proc.stdout
+    env["NORVIK_PYTHON"] = str(tmp_path)
+    proc = subprocess.run([host, "batch", "jobs"], capture_output=True, text=True, env=env)
+    assert proc.returncode == 2
+    assert proc.stderr.startswith(f"norvik: NORVIK_PYTHON={tmp_path} does not hold the package")
+
+
 def test_summary_table_lines_up():
     table = summary_table([
         {"name": "water", "state": "ok", "energy": -74.963023163, "wall_time": 0.25},

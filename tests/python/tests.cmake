@@ -6,7 +6,8 @@
 if(NOT NORVIK_SANITIZE AND NOT NORVIK_FUZZ)
   set(python_env
     "NORVIK_LIBRARY=$<TARGET_FILE:norvik>;NORVIK_HOST=$<TARGET_FILE:norvik_host>"
-    "NORVIK_PYTHON=${PROJECT_SOURCE_DIR}/python;OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive")
+    "NORVIK_PYTHON=${PROJECT_SOURCE_DIR}/python;OMP_NUM_THREADS=2;OMP_WAIT_POLICY=passive"
+    "PYTHONDONTWRITEBYTECODE=1")
   add_test(NAME python.pytest
     COMMAND /usr/bin/python3 -m pytest -q -p no:cacheprovider -m "not slow" python/tests
     WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
