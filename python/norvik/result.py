@@ -23,6 +23,8 @@ class Section:
         object.__setattr__(self, "_data", {k: _convert(v) for k, v in data.items()})
 
     def __getattr__(self, key: str):
+        if key.startswith("__") or key in Section.__slots__ + Result.__slots__:
+            raise AttributeError(key)
         try:
             return self._data[key]
         except KeyError:
@@ -33,6 +35,16 @@ class Section:
 
     def __setattr__(self, key, value):
         raise AttributeError("a result is read-only")
+
+    # Results travel between processes (a Dask worker's to the client): every
+    # slot goes as it is, past the read-only __setattr__.
+    def __getstate__(self):
+        return {k: getattr(self, k) for cls in type(self).__mro__
+                for k in getattr(cls, "__slots__", ())}
+
+    def __setstate__(self, state):
+        for k, v in state.items():
+            object.__setattr__(self, k, v)
 
     def __getitem__(self, key: str):
         return self._data[key]

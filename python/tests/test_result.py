@@ -65,3 +65,11 @@ def test_only_norvik_results_are_read(tmp_path):
     (tmp_path / "other.json").write_text('{"schema_name": "qcschema_output"}')
     with pytest.raises(ValueError, match="not a norvik result"):
         Result.from_json(tmp_path / "other.json")
+
+
+def test_results_survive_pickling(result):
+    import pickle
+
+    back = pickle.loads(pickle.dumps(result))
+    assert back.energy == result.energy and back.files.report == result.files.report
+    assert back.vibrations.modes.shape == (3, 3, 3) and back.report_text() == "the report\n"
