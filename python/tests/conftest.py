@@ -28,9 +28,11 @@ def host():
 
 @pytest.fixture(scope="session")
 def host_takes_xyz(host):
-    """Whether the host runs .xyz jobs with --method/--basis and writes the JSON
-    result (its --version came with them)."""
-    return subprocess.run([host, "--version"], capture_output=True).returncode == 0
+    """Whether the host runs .xyz jobs (they came with --version) and writes the
+    JSON result (--json)."""
+    version = subprocess.run([host, "--version"], capture_output=True)
+    usage = subprocess.run([host, "--help"], capture_output=True, text=True)
+    return version.returncode == 0 and "--json" in usage.stdout
 
 
 def water_mol_text(basis="STO-3G", name="water", stretch=1.0):
@@ -57,7 +59,3 @@ def host_energy(host, mol_path, *extra):
     found = re.findall(r"^norvik: E\(\w+\) = (-?\d+\.\d+) hartree", proc.stdout, re.M)
     assert found, proc.stdout
     return float(found[-1])
-
-
-def pytest_configure(config):
-    config.addinivalue_line("markers", "slow: whole jobs of a minute or more (ctest -L slow)")

@@ -81,7 +81,7 @@ def test_options_as_host_words():
 @pytest.fixture()
 def real_host(host, host_takes_xyz):
     if not host_takes_xyz:
-        pytest.skip("this host predates .xyz jobs and the JSON result (no --version)")
+        pytest.skip("this host predates .xyz jobs or the JSON result (no --version, --json)")
     return host
 
 
@@ -105,7 +105,6 @@ def test_bad_input_raises_with_the_hosts_words(real_host, tmp_path):
     assert "norvik: " in err.value.stderr and "6-31Q" in str(err.value)
 
 
-@pytest.mark.slow
 def test_optimisation_and_frequencies_fill_the_result(real_host, tmp_path):
     r = norvik.run(WATER, method="HF", basis="3-21G", opt=True, freq=True, threads=2,
                    workdir=tmp_path)
