@@ -12,9 +12,11 @@ namespace host {
 
 namespace {
 
+constexpr int kUsageError = 2;
+
+#if !defined(_WIN32)
 namespace fs = std::filesystem;
 
-constexpr int kUsageError = 2;
 constexpr const char* kInterpreter = "/usr/bin/python3";
 
 bool holds_package(const fs::path& folder) {
@@ -22,7 +24,6 @@ bool holds_package(const fs::path& folder) {
   return fs::is_regular_file(folder / "norvik" / "__main__.py", ec);
 }
 
-#if !defined(_WIN32)
 fs::path executable() {
   std::error_code ec;
   const fs::path self = fs::read_symlink("/proc/self/exe", ec);

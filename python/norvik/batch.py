@@ -241,7 +241,8 @@ def _parser() -> argparse.ArgumentParser:
     p.add_argument("--workers", type=int, default=None,
                    help="local Dask workers (default: the cores)")
     p.add_argument("--threads", type=int, default=None,
-                   help="threads per job (default: cores / workers, at least 1)")
+                   help="threads per job (default: cores / workers, at least 1; "
+                        "1 on a running cluster)")
     p.add_argument("--scheduler", default=None,
                    help="address of a running Dask scheduler, instead of a local cluster")
     p.add_argument("--timeout", type=float, default=None, help="seconds one job may take")
@@ -284,8 +285,10 @@ def batch(argv: list[str]) -> int:
             print(f"norvik: {line}", file=sys.stderr)
         return USAGE_ERROR
     cores = available_cores()
-    workers = a.workers or (cores if not a.scheduler else 1)
-    threads = a.threads or max(1, cores // workers)
+    # A local cluster shares this machine's cores out; a running cluster's
+    # machines are not known here, so its jobs take one thread unless told.
+    workers = a.workers or cores
+    threads = a.threads or (1 if a.scheduler else max(1, cores // workers))
     out = os.path.abspath(a.out)
     os.makedirs(out, exist_ok=True)
     specs = [dict(job, folder=os.path.join(out, job["name"]), host=host, threads=threads,
@@ -310,7 +313,8 @@ def batch(argv: list[str]) -> int:
     failed = [r for r in records if r["status"] != 0]
     with open(os.path.join(out, "batch.json"), "w", encoding="utf-8") as f:
         json.dump({"schema_name": "norvik_batch", "schema_version": 1,
-                   "scheduler": a.scheduler or "local", "workers": workers,
+                   "scheduler": a.scheduler or "local",
+                   "workers": None if a.scheduler else workers,
                    "threads_per_job": threads, "wall_time": wall, "jobs": len(records),
                    "failed": len(failed), "results": records}, f, indent=1)
         f.write("\n")
