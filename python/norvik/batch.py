@@ -231,8 +231,14 @@ def summary_table(records: list[dict]) -> str:
     return "\n".join(lines)
 
 
+class _Parser(argparse.ArgumentParser):
+    def error(self, message):  # the host's form: "norvik: cause; fix"
+        print(f"norvik: {message} (see norvik batch --help)", file=sys.stderr)
+        sys.exit(USAGE_ERROR)
+
+
 def _parser() -> argparse.ArgumentParser:
-    p = argparse.ArgumentParser(
+    p = _Parser(
         prog="norvik batch", description="Runs many norvik jobs on a Dask cluster.",
         epilog="Any other option goes to every host run (e.g. --grid dense, --memory 2).")
     p.add_argument("jobs", nargs="+", metavar="JOBS",

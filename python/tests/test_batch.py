@@ -54,6 +54,9 @@ def test_usage_errors_end_with_status_2(tmp_path):
                            "--workers", "0"], capture_output=True, text=True, env=env)
     assert proc.returncode == 2
     assert proc.stderr.startswith("norvik: --workers 0: give at least 1")
+    proc = subprocess.run([sys.executable, "-m", "norvik", "batch", "--workers", "two"],
+                          capture_output=True, text=True, env=env)
+    assert proc.returncode == 2 and proc.stderr.startswith("norvik: argument --workers")
 
 
 def test_host_finds_the_package_or_says_where_to_point(host, tmp_path):
