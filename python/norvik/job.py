@@ -89,6 +89,20 @@ def _as_molecule(mol) -> Molecule:
     raise TypeError(f"run() takes a Molecule, .xyz text or an .xyz file, not {type(mol).__name__}")
 
 
+# The comment line of the .xyz files that run() writes ends with this, so that
+# a later run in the same folder replaces its own file and never the user's.
+_WRITTEN_MARK = "(written by norvik.run)"
+
+
+def _written_by_run(path: str) -> bool:
+    try:
+        with open(path, encoding="utf-8", errors="replace") as f:
+            f.readline()
+            return f.readline().rstrip().endswith(_WRITTEN_MARK)
+    except OSError:
+        return False
+
+
 def _file_stem(name: str) -> str:
     stem = re.sub(r"[^A-Za-z0-9_.+-]", "_", name).strip("._") or "molecule"
     return stem[:40]
@@ -133,7 +147,15 @@ def run(mol, method: str = "HF", basis: str = "6-31G*", charge: int | None = Non
     keep = (not made_temp) if keep_files is None else bool(keep_files)
     stem = _file_stem(molecule.name)
     xyz, json_file = stem + ".xyz", stem + ".json"
-    molecule.write_xyz(os.path.join(folder, xyz))
+    xyz_path = os.path.join(folder, xyz)
+    if os.path.exists(xyz_path) and not _written_by_run(xyz_path):
+        if made_temp:
+            shutil.rmtree(folder, ignore_errors=True)
+        raise FileExistsError(
+            f"{xyz_path} exists and was not written by norvik.run; run() writes the molecule "
+            "there: give another workdir or rename the molecule")
+    with open(xyz_path, "w", encoding="utf-8") as f:
+        f.write(molecule.to_xyz(f"{molecule.name} {_WRITTEN_MARK}"))
     cmd = job_command(host, xyz, method=method, basis=basis, charge=charge, mult=mult, opt=opt,
                       freq=freq, raman=raman, threads=threads, json_file=json_file,
                       options=options)

@@ -3,11 +3,12 @@ point, and arguments are checked before they reach the library (where a wrong
 one would crash or end the interpreter)."""
 
 import ctypes
+from pathlib import Path
 
 import numpy as np
 import pytest
 
-from conftest import PRINTED_ENERGY_TOLERANCE, host_energy, water_mol_text
+from conftest import PRINTED_ENERGY_TOLERANCE, ROOT, host_energy, water_mol_text
 
 lib = pytest.importorskip("norvik.lib")
 
@@ -92,3 +93,19 @@ def test_bad_arguments_stop_before_the_library():
     with pytest.raises(ctypes.ArgumentError):  # C order where Fortran order belongs
         library.NUCLEARREP(2, np.ones(2, np.int32), np.zeros((3, 2)),
                            ctypes.c_double())
+
+
+def test_kohn_sham_job_reads_four_stages_and_matches_the_host(host, tmp_path):
+    mol = tmp_path / "water.mol"
+    mol.write_text(water_mol_text("STO-3G").replace("\nHF\n", "\nB3LYP\n", 1))
+    par = tmp_path / "ks.par"
+    par.write_text((Path(ROOT) / "examples" / "ks.par").read_text())
+    job = lib.setup(mol, par)
+    assert job.kohn_sham and job.theory == "B3LYP"
+    # HF atoms, KS atoms, HF molecule, KS molecule, as the parameter file gives them
+    np.testing.assert_array_equal(job.niter, [48, 64, 48, 128])
+    np.testing.assert_allclose(job.thr_ene, [1e-5, 1e-6, 1e-5, 1e-7])
+    point = lib.scf_point(job, lib.free_atoms(job))
+    assert point.converged and point.xc[0] < 0
+    assert point.energy_hartree == pytest.approx(host_energy(host, mol, "ks.par"),
+                                                 abs=PRINTED_ENERGY_TOLERANCE)

@@ -36,6 +36,15 @@ def test_options_reach_the_host_and_files_stay_with_workdir(monkeypatch, tmp_pat
     assert "E(RHF)" in r.stdout
 
 
+def test_never_writes_over_the_users_xyz(monkeypatch, tmp_path):
+    fake_run(monkeypatch, 0, workdir=tmp_path)
+    fake_run(monkeypatch, 0, workdir=tmp_path)  # its own file from the first run
+    (tmp_path / "water.xyz").write_text("1\nmine\nHe 0 0 0\n")
+    with pytest.raises(FileExistsError, match="not written by norvik.run"):
+        fake_run(monkeypatch, 0, workdir=tmp_path)
+    assert (tmp_path / "water.xyz").read_text() == "1\nmine\nHe 0 0 0\n"
+
+
 def test_temporary_folder_goes_but_the_report_stays(monkeypatch):
     r = fake_run(monkeypatch, 0, charge=1)
     assert r.folder is None and not os.path.exists(os.path.dirname(r.files.report))
