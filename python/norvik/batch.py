@@ -170,11 +170,16 @@ def _package_parent() -> str:
     return os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
 
-def run_batch(specs: list[dict], workers: int, scheduler: str | None, progress) -> list[dict]:
+def run_batch(specs: list[dict], workers: int, scheduler: str | None, progress,
+              times: dict | None = None) -> list[dict]:
+    """Runs the jobs on the cluster; ``times`` receives the seconds spent
+    starting the cluster, running the jobs and closing it."""
     import logging
 
     from distributed import Client, LocalCluster, as_completed
 
+    times = {} if times is None else times
+    clock = time.perf_counter()
     cluster = None
     if scheduler:
         client = Client(scheduler)
@@ -195,6 +200,8 @@ def run_batch(specs: list[dict], workers: int, scheduler: str | None, progress) 
                                dashboard_address=None, silence_logs=logging.ERROR)
         client = Client(cluster)
     records: list[dict | None] = [None] * len(specs)
+    times["cluster_start"] = time.perf_counter() - clock
+    clock = time.perf_counter()
     try:
         futures = client.map(run_one, specs, pure=False)
         index = {f.key: k for k, f in enumerate(futures)}
@@ -212,9 +219,12 @@ def run_batch(specs: list[dict], workers: int, scheduler: str | None, progress) 
             done += 1
             progress(done, len(specs), record)
     finally:
+        times["jobs"] = time.perf_counter() - clock
+        clock = time.perf_counter()
         client.close()
         if cluster is not None:
             cluster.close()
+        times["cluster_close"] = time.perf_counter() - clock
     return records  # type: ignore[return-value]
 
 
@@ -314,19 +324,22 @@ def batch(argv: list[str]) -> int:
         print(f"norvik: {len(specs)} jobs on {where}, {threads} thread(s) per job, "
               f"into {out}", file=sys.stderr, flush=True)
     start = time.perf_counter()
-    records = run_batch(specs, workers, a.scheduler, progress)
+    times: dict = {}
+    records = run_batch(specs, workers, a.scheduler, progress, times)
     wall = time.perf_counter() - start
     failed = [r for r in records if r["status"] != 0]
     with open(os.path.join(out, "batch.json"), "w", encoding="utf-8") as f:
         json.dump({"schema_name": "norvik_batch", "schema_version": 1,
                    "scheduler": a.scheduler or "local",
                    "workers": None if a.scheduler else workers,
-                   "threads_per_job": threads, "wall_time": wall, "jobs": len(records),
+                   "threads_per_job": threads, "wall_time": wall,
+                   "times": times, "jobs": len(records),
                    "failed": len(failed), "results": records}, f, indent=1)
         f.write("\n")
     print(summary_table(records))
-    print(f"{len(records) - len(failed)} of {len(records)} jobs ended with a result "
-          f"in {wall:.1f} s; batch.json and the job folders are in {out}")
+    print(f"{len(records) - len(failed)} of {len(records)} jobs ended with a result in "
+          f"{wall:.1f} s (cluster start {times['cluster_start']:.1f} s, jobs "
+          f"{times['jobs']:.1f} s); batch.json and the job folders are in {out}")
     return ANY_FAILED if failed else 0
 
 

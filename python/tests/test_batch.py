@@ -105,3 +105,4 @@ def test_batch_on_two_local_workers_reports_the_bad_job(host, host_takes_xyz, tm
     assert table[0].split()[:2] == ["job", "status"]
     assert any(line.split()[:3] == ["bad", "input", "error"] for line in table)
     assert f"{len(expected)} of {len(expected) + 1} jobs ended with a result" in proc.stdout
+    assert summary["times"]["jobs"] > 0
