@@ -4,7 +4,6 @@ its command line in fake_host_args.json and, for status 0 or 3, writes the
 water fixture as the --json file with a report beside it."""
 import json
 import os
-import signal
 import sys
 
 args = sys.argv[1:]
