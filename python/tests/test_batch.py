@@ -106,3 +106,19 @@ def test_batch_on_two_local_workers_reports_the_bad_job(host, host_takes_xyz, tm
     assert any(line.split()[:3] == ["bad", "input", "error"] for line in table)
     assert f"{len(expected)} of {len(expected) + 1} jobs ended with a result" in proc.stdout
     assert summary["times"]["jobs"] > 0
+
+
+def test_failure_messages_are_the_hosts_words():
+    from norvik.batch import failure_message
+
+    stopped = ("norvik: the library stopped the job (exit status 1):\n"
+               " Zatom exceed limit in ZatmNSHL_631TG.          36\n"
+               "norvik: w.report and w.log were not touched; ...\n")
+    assert failure_message(1, "", stopped) == (
+        "the library stopped the job (exit status 1): Zatom exceed limit in "
+        "ZatmNSHL_631TG.          36")
+    slow = ("norvik: HF / STO-3G job 'w': 3 atoms\n"
+            "norvik: SCF not converged in 3 cycles (last energy change ...)\n")
+    assert failure_message(3, slow, "").startswith("SCF not converged in 3 cycles")
+    assert failure_message(2, "", "norvik: w.xyz, line 3: 'Xx' is not an element\n"
+                           "norvik: nothing was run\n") == "w.xyz, line 3: 'Xx' is not an element"
