@@ -47,6 +47,9 @@ struct Job {
   // (--states) and the UV-vis spectrum file.
   int states = 10;
   std::string uv_file;
+  // Where the Hessian appends "k of n displaced coordinates done" while it runs,
+  // for the host's progress line (padded; blank = nowhere).
+  std::string hessian_progress = padded("", kPathLength);
 
   bool kohn_sham = false;
   int grid_level = 0;        // Kohn-Sham grid (--grid): 0 standard, 1 dense

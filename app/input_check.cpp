@@ -627,11 +627,13 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
                 "no theory keyword; write HF, MP2, RPA, TDA or a functional name");
     }
     facts.theory = trim_blanks(v.text);
+    facts.theory_record = r->first_record;
   }
   if (auto r = c.record("basis set", {Kind::text})) {
     const Value& v = r->values[0];
     if (check_text(c, v, "basis set", kNameLength)) {
       const std::string name = trim_blanks(v.text);
+      facts.basis = name;
       if (std::find(kBasisNames.begin(), kBasisNames.end(), name) == kBasisNames.end()) {
         c.problem(r->first_record, "basis set",
                   quoted_for_message(name) + " is not a basis set of the library; write one of " +
@@ -690,6 +692,8 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
     check_range(c, r->values[0], "multiplicity", "spin multiplicity",
                 {1, std::numeric_limits<int>::max(), false, "",
                  "write 2S+1: 1 for a singlet, 2 for a doublet, ..."});
+    if (!r->values[0].null) facts.multiplicity = static_cast<int>(r->values[0].integer);
+    facts.multiplicity_record = r->first_record;
   }
   c.comment("atoms");
   if (c.failed()) return;
@@ -701,6 +705,7 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
   };
   std::vector<Placed> placed;
   std::vector<std::string> symbols;
+  std::vector<int> nuclear_charges;  // 0 for a symbol that is no element
   for (int number = 1;; ++number) {
     const auto r = c.atom(number);
     if (!r) break;
@@ -724,7 +729,10 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
     }
     const std::string name = trim_blanks(symbol.text);
     symbols.push_back(name);
-    if (std::find(kElements.begin(), kElements.end(), name) == kElements.end()) {
+    const auto element = std::find(kElements.begin(), kElements.end(), name);
+    nuclear_charges.push_back(
+        element == kElements.end() ? 0 : static_cast<int>(element - kElements.begin()) + 1);
+    if (element == kElements.end()) {
       c.problem(record, meaning,
                 quoted_for_message(symbol.text) +
                     " is not an element symbol (H to Xe, letter case as in Cl)");
@@ -763,6 +771,15 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
                   std::to_string(facts.natom));
   }
 
+  // The electrons the library will count: ghost atoms (outside a counterpoise
+  // job) keep their basis functions but lose their nuclei and electrons.
+  int nuclear_sum = 0;
+  for (std::size_t k = 0; k < nuclear_charges.size(); ++k) {
+    const int atom = static_cast<int>(k) + 1;
+    if (counterpoise || atom < first || atom > last) nuclear_sum += nuclear_charges[k];
+  }
+  facts.electrons = nuclear_sum - charge;
+
   // A counterpoise job reads record 16 as fragment A; fragment B is every other
   // atom, so neither may be empty.  The fragment runs are made at the input
   // geometry.
@@ -793,38 +810,20 @@ void check_molecule(const TextFile& file, InputFacts& facts, std::vector<std::st
   }
 
   // Two atoms in one place make the basis linearly dependent and the nuclear
-  // repulsion meaningless.  The atoms are binned in cubes as wide as the
-  // distance limit, so that each is compared only with the atoms before it in
-  // its own cube and the 26 around it: atoms at least the limit apart fill a
-  // cube with a few at most, and the search stays linear in the atom count.
-  constexpr int kMaxReported = 20;
-  constexpr std::int64_t kOffset = std::int64_t{1} << 20;  // > kMaxCoordinate / limit
-  auto cube = [](double x) { return static_cast<std::int64_t>(std::floor(x / kMinAtomDistance)); };
-  auto key = [](std::int64_t i, std::int64_t j, std::int64_t k) {
-    return ((i + kOffset) << 42) | ((j + kOffset) << 21) | (k + kOffset);
-  };
-  std::unordered_map<std::int64_t, std::vector<std::size_t>> cubes;
-  int reported = 0;
-  for (std::size_t p = 0; p < placed.size() && reported < kMaxReported; ++p) {
-    const Placed& b = placed[p];
-    const std::int64_t i = cube(b.x), j = cube(b.y), k = cube(b.z);
-    for (int n = 0; n < 27 && reported < kMaxReported; ++n) {
-      const auto near = cubes.find(key(i + n % 3 - 1, j + n / 3 % 3 - 1, k + n / 9 - 1));
-      if (near == cubes.end()) continue;
-      for (std::size_t m = 0; m < near->second.size() && reported < kMaxReported; ++m) {
-        const Placed& a = placed[near->second[m]];
-        const double d = std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
-        if (d >= kMinAtomDistance) continue;
-        char text[64];
-        std::snprintf(text, sizeof text, "%.4f", d);
-        c.problem(b.record, "atom " + std::to_string(b.number),
-                  std::string(text) + " A from atom " + std::to_string(a.number) + " (record " +
-                      std::to_string(a.record) + "), closer than " + number_text(kMinAtomDistance) +
-                      " A; check the coordinates");
-        ++reported;
-      }
-    }
-    cubes[key(i, j, k)].push_back(p);
+  // repulsion meaningless.
+  constexpr std::size_t kMaxReported = 20;
+  std::vector<Position> positions;
+  positions.reserve(placed.size());
+  for (const Placed& p : placed) positions.push_back({p.x, p.y, p.z});
+  for (const ClosePair& pair : close_pairs(positions, kMaxReported)) {
+    const Placed& a = placed[pair.first];
+    const Placed& b = placed[pair.second];
+    char text[64];
+    std::snprintf(text, sizeof text, "%.4f", pair.distance);
+    c.problem(b.record, "atom " + std::to_string(b.number),
+              std::string(text) + " A from atom " + std::to_string(a.number) + " (record " +
+                  std::to_string(a.record) + "), closer than " + number_text(kMinAtomDistance) +
+                  " A; check the coordinates");
   }
 }
 
@@ -944,6 +943,43 @@ std::optional<bool> is_kohn_sham(const TextFile& file) {
 }
 
 }  // namespace
+
+std::span<const std::string_view> element_symbols() {
+  return kElements;
+}
+
+std::span<const std::string_view> basis_names() {
+  return kBasisNames;
+}
+
+std::vector<ClosePair> close_pairs(const std::vector<Position>& positions, std::size_t most) {
+  // The atoms are binned in cubes as wide as the distance limit, so that each
+  // is compared only with the atoms before it in its own cube and the 26 around
+  // it: atoms at least the limit apart fill a cube with a few at most, and the
+  // search stays linear in the atom count.
+  constexpr std::int64_t kOffset = std::int64_t{1} << 20;  // > kMaxCoordinate / limit
+  auto cube = [](double x) { return static_cast<std::int64_t>(std::floor(x / kMinAtomDistance)); };
+  auto key = [](std::int64_t i, std::int64_t j, std::int64_t k) {
+    return ((i + kOffset) << 42) | ((j + kOffset) << 21) | (k + kOffset);
+  };
+  std::unordered_map<std::int64_t, std::vector<std::size_t>> cubes;
+  std::vector<ClosePair> pairs;
+  for (std::size_t p = 0; p < positions.size() && pairs.size() < most; ++p) {
+    const Position& b = positions[p];
+    const std::int64_t i = cube(b[0]), j = cube(b[1]), k = cube(b[2]);
+    for (int n = 0; n < 27 && pairs.size() < most; ++n) {
+      const auto near = cubes.find(key(i + n % 3 - 1, j + n / 3 % 3 - 1, k + n / 9 - 1));
+      if (near == cubes.end()) continue;
+      for (std::size_t m = 0; m < near->second.size() && pairs.size() < most; ++m) {
+        const Position& a = positions[near->second[m]];
+        const double d = std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
+        if (d < kMinAtomDistance) pairs.push_back({near->second[m], p, d});
+      }
+    }
+    cubes[key(i, j, k)].push_back(p);
+  }
+  return pairs;
+}
 
 std::string input_file_problem(const std::string& path, const std::string& what) {
   std::error_code ec;

@@ -5,9 +5,12 @@
 // record and what to do about it.  docs/host.md lists every check and its limit.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace host {
@@ -39,7 +42,33 @@ struct InputFacts {
   int charge = 0;             // record 20 (read for a counterpoise job)
   bool hehpl = false;         // a counterpoise job of HeH+ (one He, one H, charge +1)
   std::string theory;         // record 2, trimmed ("" when it cannot be read)
+  int theory_record = 0;      // where record 2 is in the file (blank lines count)
+  std::string basis;          // record 4, trimmed
+  // The electrons the library will count: the nuclear charges of the atoms that
+  // are not ghosts, less the charge of record 20.
+  int electrons = 0;
+  int multiplicity = 1;  // record 22
+  int multiplicity_record = 0;
 };
+
+// The element symbols of the library, H (Z = 1) to Xe (Z = 54), in its letter
+// case: the symbol of Z is element_symbols()[Z - 1].
+std::span<const std::string_view> element_symbols();
+
+// The basis-set names of the library, exactly as it compares them.
+std::span<const std::string_view> basis_names();
+
+// Two atoms closer than kMinAtomDistance: indices into the positions, first <
+// second, and their distance [angstrom].
+struct ClosePair {
+  std::size_t first, second;
+  double distance;
+};
+using Position = std::array<double, 3>;  // x y z [angstrom], finite
+
+// The pairs of atoms closer than kMinAtomDistance, at most `most` of them, in
+// the order of their second atom; linear in the atom count.
+std::vector<ClosePair> close_pairs(const std::vector<Position>& positions, std::size_t most);
 
 // Checks that `path` names a regular file of at most kMaxInputBytes that can be
 // read; `what` ("molecule file") starts the message.  Returns "" or the problem.

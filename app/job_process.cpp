@@ -3,9 +3,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
 #include <vector>
 
 #if !defined(_WIN32)
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -38,6 +40,9 @@ JobEnd run_in_process(const std::function<int()>& job, const std::string& note) 
 
 #if !defined(_WIN32)
 
+// How often the host looks at the job's files while it shows progress [ms].
+constexpr int kProgressTickMs = 200;
+
 // The lines of `text` after its last line that does not begin with a blank:
 // the library writes its fatal message last, each line beginning with a blank.
 std::string trailing_message(const std::string& text) {
@@ -69,10 +74,26 @@ bool write_all(int fd, const char* data, std::size_t size) {
 
 #endif
 
+JobEnd run_job_following(const std::function<int()>& job, const std::string& note_if_ended,
+                         const ProgressFiles* progress);
+
 }  // namespace
 
 JobEnd run_job(const std::function<int()>& job, const std::string& note_if_ended) {
+  return run_job_following(job, note_if_ended, nullptr);
+}
+
+JobEnd run_job(const std::function<int()>& job, const std::string& note_if_ended,
+               const ProgressFiles& progress) {
+  return run_job_following(job, note_if_ended, &progress);
+}
+
+namespace {
+
+JobEnd run_job_following(const std::function<int()>& job, const std::string& note_if_ended,
+                         const ProgressFiles* progress) {
 #if defined(_WIN32)
+  (void)progress;
   return run_in_process(job, note_if_ended);
 #else
   std::cout.flush();
@@ -105,16 +126,30 @@ JobEnd run_job(const std::function<int()>& job, const std::string& note_if_ended
   std::string tail;
   bool forward = true;
   char buffer[4096];
+  // With progress the host wakes every tick to follow the job's files, and
+  // takes the status line away while the job's output passes to a terminal.
+  std::optional<ProgressLine> line;
+  if (progress != nullptr) line.emplace(*progress);
+  const bool output_on_terminal = ::isatty(STDOUT_FILENO) == 1;
   for (;;) {
+    if (line) {
+      pollfd ready{fds[0], POLLIN, 0};
+      const int polled = ::poll(&ready, 1, kProgressTickMs);
+      line->update();
+      // Nothing to read yet; a failing poll falls back on the blocking read.
+      if (polled == 0 || (polled < 0 && errno == EINTR)) continue;
+    }
     const ssize_t n = ::read(fds[0], buffer, sizeof buffer);
     if (n < 0 && errno == EINTR) continue;
     if (n <= 0) break;
     const auto size = static_cast<std::size_t>(n);
+    if (line && output_on_terminal) line->hide();
     if (forward) forward = write_all(STDOUT_FILENO, buffer, size);
     tail.append(buffer, size);
     if (tail.size() > 2 * kKept) tail.erase(0, tail.size() - kKept);
   }
   ::close(fds[0]);
+  if (line) line->finish();
   int wstatus = 0;
   while (::waitpid(pid, &wstatus, 0) < 0 && errno == EINTR) {
   }
@@ -129,5 +164,7 @@ JobEnd run_job(const std::function<int()>& job, const std::string& note_if_ended
   return end;
 #endif
 }
+
+}  // namespace
 
 }  // namespace host

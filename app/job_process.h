@@ -10,6 +10,8 @@
 #include <functional>
 #include <string>
 
+#include "progress.h"
+
 namespace host {
 
 struct JobEnd {
@@ -24,5 +26,11 @@ struct JobEnd {
 // standard error if the library ends the host's own process (the in-process
 // route only).
 JobEnd run_job(const std::function<int()>& job, const std::string& note_if_ended);
+
+// The same with live progress on standard error while the job runs
+// (progress.h): the host follows `progress`'s files from the job's child
+// process; the in-process route shows none.
+JobEnd run_job(const std::function<int()>& job, const std::string& note_if_ended,
+               const ProgressFiles& progress);
 
 }  // namespace host

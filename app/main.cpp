@@ -2,6 +2,10 @@
 //
 //   norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE] [--grid LEVEL]
 //              [--frozen-core]
+//   norvik run FILE.xyz [--method M] [--basis B] [--charge Q] [--mult M] [--opt [N]] ...
+//   norvik check FILE...
+//   norvik --version
+//   norvik batch JOBS... (the Python package's batch runner, python_batch.h)
 //
 // Checks the input files and the output names, runs the job through the library
 // with the report and the run log under partial names, and renames them into
@@ -12,12 +16,14 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "check_command.h"
 #include "excited_states.h"
 #include "hartree_fock.h"
 #include "host_job.h"
@@ -26,7 +32,9 @@
 #include "norvik.h"
 #include "output_files.h"
 #include "plots.h"
+#include "progress.h"
 #include "python_batch.h"
+#include "xyz_input.h"
 
 namespace {
 
@@ -48,11 +56,14 @@ constexpr double kStationarityLimit = 1.0e-3;  // hartree
 constexpr std::size_t kMaxProblemsShown = 20;
 
 void usage(std::ostream& out) {
-  out << "usage: norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
+  out << "usage: norvik run FILE.xyz [--method M] [--basis B] [--charge Q] [--mult M]\n"
+         "                  [--opt [CYCLES]] [--freq] [--raman] [--population P]\n"
+         "                  [--memory GB] [--threads N] [other options as below]\n"
+         "       norvik run MOLECULE_FILE [PARAMETER_FILE] [--report FILE] [--log FILE]\n"
          "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense] [--stability]\n"
          "                  [--orbitals [all]] [--cube WHAT[,WHAT...]] [--cube-prefix PREFIX]\n"
          "                  [--cube-step STEP] [--cube-points N] [--fragments QA,MA,QB,MB]\n"
-         "                  [--frozen-core] [--states N]\n"
+         "                  [--frozen-core] [--states N] [--progress | --no-progress]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -87,6 +98,26 @@ void usage(std::ostream& out) {
          "  --states N      excited states per spin type for the theories TDA, RPA, TDKS*\n"
          "                  and KSTDA* (default 10, at most 200); their UV-vis spectrum\n"
          "                  goes to PREFIX.uv.dat (PREFIX as for --vib)\n"
+         "  --progress      a live status line on standard error (SCF cycles, optimisation\n"
+         "                  cycles, Hessian displacements); the default when standard\n"
+         "                  error is a terminal; --no-progress: none\n"
+         "\n"
+         "An .xyz input (atom count, title line, then symbol x y z [A] per atom) takes:\n"
+         "  --method M      HF (default), MP2, RPA, TDA or a functional (B3LYP, BLYP, SVWN5, ...)\n"
+         "  --basis B       basis set as published, 6-31G* (default), 6-31+G**, STO-3G, ...\n"
+         "  --charge Q      molecular charge (default 0)\n"
+         "  --mult M        spin multiplicity 2S+1 (default: 1 or 2, the lowest)\n"
+         "  --opt [CYCLES]  quasi-Newton geometry optimisation, at most CYCLES (default 50)\n"
+         "  --freq          vibrations, infrared intensities and thermochemistry; --raman\n"
+         "                  also Raman activities\n"
+         "  --population P  none (default), Mulliken, Lowdin, both or shells\n"
+         "  --memory GB     memory limit (default 4); --threads N: threads (default 0, all)\n"
+         "The host writes PREFIX.mol and PREFIX.par (PREFIX: the report's name without its\n"
+         "extension) and runs the job from them; norvik run PREFIX.mol PREFIX.par repeats it.\n"
+         "\n"
+         "  norvik check FILE...   checks input files and runs nothing (norvik check --help)\n"
+         "  norvik --version       the version\n"
+         "  norvik batch JOBS...   many jobs on a Dask cluster (norvik batch --help)\n"
          "\n"
          "The host checks both input files before the job starts.  The job writes the\n"
          "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
@@ -98,7 +129,6 @@ void usage(std::ostream& out) {
          "  2  a usage, input-file or output-file error found by the host\n"
          "  3  the SCF did not converge, or stopped on a point that is not a solution\n"
          "     (not when both molecule thresholds are 0, a fixed number of cycles)\n";
-  out << "\nnorvik batch JOBS... runs many jobs on a Dask cluster (norvik batch --help)\n";
 }
 
 [[noreturn]] void fail(const std::string& message) {
@@ -137,6 +167,14 @@ struct Request {
   // --fragments: charge and multiplicity of fragment A, then of fragment B.
   std::optional<std::array<int, 4>> fragments;
   int states = host::kDefaultStates;  // excited states per spin type
+  // An .xyz job (docs/host.md, "XYZ input"): the source file and the options
+  // that describe the job.  molecule_file and parameter_file then name the
+  // files written from it, which go into place with the report; until then the
+  // job reads them under their partial names.
+  std::string xyz_file;
+  host::XyzChoices xyz_choices;
+  std::string molecule_read, parameter_read;  // the files the job reads
+  host::ProgressMode progress = host::ProgressMode::automatic;
 };
 
 // A positive number of an option, or the end of the run with the problem.
@@ -186,11 +224,11 @@ int verdict(const host::Job& job, const host::PointResult& point) {
 
 // The job itself, with the report and the log under their partial names.
 int run_job(const Request& request, const host::InputFacts& facts,
-            const std::vector<host::OutputFile>& outputs) {
+            const std::vector<host::OutputFile>& outputs, const std::string& hessian_progress) {
   host::Job job;
   job.max_atoms = facts.natom + 1;
-  job.molecule_file = host::padded(request.molecule_file, host::kPathLength);
-  job.parameter_file = host::padded(request.parameter_file, host::kPathLength);
+  job.molecule_file = host::padded(request.molecule_read, host::kPathLength);
+  job.parameter_file = host::padded(request.parameter_read, host::kPathLength);
   job.report_file = host::padded(outputs[0].partial, host::kPathLength);
   job.log_file = host::padded(outputs[1].partial, host::kPathLength);
   for (const host::OutputFile& out : outputs) {
@@ -212,6 +250,7 @@ int run_job(const Request& request, const host::InputFacts& facts,
   job.cube_max_points = request.cube_max_points;
   job.frozen_core = request.frozen_core;
   job.states = request.states;
+  job.hessian_progress = host::padded(hessian_progress, host::kPathLength);
 
   host::setup(job);
   // The orbitals asked for must exist before the SCF is spent on them.
@@ -312,13 +351,40 @@ std::array<int, 4> fragment_settings(const std::string& text) {
   return v;
 }
 
+// An .xyz input: the molecule and parameter files take the report's name
+// without its extension; the job reads them under their partial names.
+void read_xyz_request(Request& request, bool have_report) {
+  request.xyz_file = request.molecule_file;
+  if (request.has_parameter_file) {
+    fail(request.parameter_file +
+         ": an .xyz job writes its own parameter file (--memory and --threads set it); for "
+         "other SCF settings edit the parameter file it writes and run the molecule file with "
+         "it");
+  }
+  if (request.fragments) {
+    fail(
+        "--fragments is for a counterpoise job, which an .xyz input cannot ask for; write "
+        "'counterpoise' in record 18 of a molecule file (the one an .xyz run writes will do)");
+  }
+  if (!have_report) request.report = with_extension(request.xyz_file, ".report");
+  const std::string prefix = std::filesystem::path(request.report).replace_extension().string();
+  request.molecule_file = prefix + ".mol";
+  request.parameter_file = prefix + ".par";
+  request.has_parameter_file = true;
+  request.molecule_read = request.molecule_file + host::kPartialSuffix;
+  request.parameter_read = request.parameter_file + host::kPartialSuffix;
+}
+
 Request parse(const std::vector<std::string>& args) {
   Request request;
   std::vector<std::string> positional;
+  std::vector<std::string> xyz_problems;
   bool have_report = false, have_log = false, have_xyz = false;
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
-    if (a == "--report" || a == "--log") {
+    if (host::read_xyz_option(args, i, request.xyz_choices, xyz_problems)) {
+      continue;
+    } else if (a == "--report" || a == "--log") {
       if (i + 1 == args.size()) fail(a + " needs a file name");
       (a == "--report" ? have_report : have_log) = true;
       (a == "--report" ? request.report : request.log) = args[++i];
@@ -381,6 +447,8 @@ Request parse(const std::vector<std::string>& args) {
              std::to_string(host::kMaxStates));
       }
       request.states = states;
+    } else if (a == "--progress" || a == "--no-progress") {
+      request.progress = a == "--progress" ? host::ProgressMode::on : host::ProgressMode::off;
     } else if (a == "-h" || a == "--help") {
       usage(std::cout);
       std::exit(kSuccess);
@@ -390,6 +458,7 @@ Request parse(const std::vector<std::string>& args) {
       positional.push_back(a);
     }
   }
+  if (!xyz_problems.empty()) fail(xyz_problems);
   if (positional.empty() || positional.size() > 2) {
     usage(std::cerr);
     std::exit(kUsageError);
@@ -397,12 +466,78 @@ Request parse(const std::vector<std::string>& args) {
   request.molecule_file = positional[0];
   request.has_parameter_file = positional.size() == 2;
   if (request.has_parameter_file) request.parameter_file = positional[1];
+  if (host::is_xyz_name(positional[0])) {
+    read_xyz_request(request, have_report);
+  } else {
+    std::vector<std::string> refused;
+    for (const std::string& option : request.xyz_choices.given) {
+      refused.push_back(host::xyz_option_refused(option, request.molecule_file));
+    }
+    if (!refused.empty()) fail(refused);
+    request.molecule_read = request.molecule_file;
+    request.parameter_read = request.parameter_file;
+  }
   if (!have_report) request.report = with_extension(request.molecule_file, ".report");
   if (!have_log) request.log = with_extension(request.molecule_file, ".log");
-  if (!have_xyz) request.xyz = with_extension(request.molecule_file, ".xyz");
+  // The trajectory of a job from an .xyz file must not take the .xyz file's
+  // name, nor must a repeat of it from the molecule file written then.
+  const bool from_xyz = !request.xyz_file.empty() || host::written_by_norvik(request.molecule_file);
+  if (!have_xyz) {
+    request.xyz = with_extension(request.molecule_file, from_xyz ? ".opt.xyz" : ".xyz");
+  }
   if (request.vib.empty()) request.vib = with_extension(request.molecule_file, "");
   if (request.cube_prefix.empty()) request.cube_prefix = with_extension(request.molecule_file, "");
   return request;
+}
+
+// Writes the molecule and parameter files of an .xyz job under their partial
+// names, after reading the .xyz file and refusing to replace a file of those
+// names that norvik did not write.
+std::vector<host::OutputFile> write_xyz_job(const Request& request, const std::string& command) {
+  std::vector<std::string> problems;
+  if (std::string problem = host::input_file_problem(request.xyz_file, "xyz file");
+      !problem.empty()) {
+    fail(std::vector<std::string>{problem});
+  }
+  const std::vector<host::XyzAtom> atoms = host::read_xyz(request.xyz_file, problems);
+  if (!problems.empty()) fail(problems);
+  host::XyzChoices choices = request.xyz_choices;
+  host::settle_multiplicity(request.xyz_file, atoms, choices, problems);
+  if (!problems.empty()) fail(problems);
+
+  const std::vector<host::OutputFile> written{
+      host::output_file("molecule file", "--report", request.molecule_file),
+      host::output_file("parameter file", "--report", request.parameter_file)};
+  for (const host::OutputFile& out : written) {
+    std::error_code ec;
+    if (std::filesystem::exists(out.path, ec) && !host::written_by_norvik(out.path)) {
+      problems.push_back(out.path +
+                         " exists and norvik did not write it (its first line does not "
+                         "begin with '" +
+                         host::kWrittenMarker +
+                         "'); move it away, or give the job another name with --report "
+                         "NAME.report (the molecule and parameter files take the report's name)");
+    }
+  }
+  if (!problems.empty()) fail(problems);
+
+  const std::array<std::string, 2> texts{
+      host::molecule_file_text(request.xyz_file, command, atoms, choices),
+      host::parameter_file_text(request.xyz_file, command, choices)};
+  for (std::size_t k = 0; k < written.size(); ++k) {
+    // A partial file of an earlier run is replaced, not written through.
+    std::error_code ec;
+    std::filesystem::remove(written[k].partial, ec);
+    std::ofstream file(written[k].partial, std::ios::binary | std::ios::trunc);
+    file << texts[k];
+    file.close();
+    if (!file) {
+      for (std::size_t j = 0; j <= k; ++j) std::filesystem::remove(written[j].partial, ec);
+      fail("cannot write the partial " + written[k].what + " '" + written[k].partial +
+           "'; the folder must exist and be writable");
+    }
+  }
+  return written;
 }
 
 int run(const std::vector<std::string>& args) {
@@ -415,8 +550,13 @@ int run(const std::vector<std::string>& args) {
     if (!problem.empty()) problems.push_back(problem);
   };
   const std::size_t path_length = host::kPathLength;
-  check_name(request.molecule_file, path_length, "molecule file");
-  if (request.has_parameter_file) check_name(request.parameter_file, path_length, "parameter file");
+  // The files written from an .xyz file go to the library under partial names.
+  const std::size_t input_length =
+      request.xyz_file.empty() ? path_length : path_length - host::kPartialSuffixLength;
+  check_name(request.molecule_file, input_length, "molecule file");
+  if (request.has_parameter_file) {
+    check_name(request.parameter_file, input_length, "parameter file");
+  }
   check_name(request.report, path_length - host::kPartialSuffixLength, "report");
   check_name(request.log, path_length - host::kPartialSuffixLength, "run log");
   check_name(request.xyz, path_length - host::kPartialSuffixLength, "trajectory");
@@ -428,17 +568,34 @@ int run(const std::vector<std::string>& args) {
   }
   if (!problems.empty()) fail(problems);
 
-  // The input files: regular, bounded, readable, and what they hold.
-  std::vector<host::InputFile> inputs{{"molecule file", request.molecule_file}};
-  if (!request.parameter_file.empty()) inputs.push_back({"parameter file", request.parameter_file});
-  for (const auto& in : inputs) {
-    const std::string problem = host::input_file_problem(in.path, in.what);
-    if (!problem.empty()) problems.push_back(problem);
+  // The input files: regular, bounded, readable, and what they hold.  An .xyz
+  // job first writes its molecule and parameter files under their partial
+  // names, and a host error before the job removes them again.
+  std::vector<host::InputFile> inputs;
+  std::vector<host::OutputFile> written;
+  if (request.xyz_file.empty()) {
+    inputs.push_back({"molecule file", request.molecule_file});
+    if (!request.parameter_file.empty()) {
+      inputs.push_back({"parameter file", request.parameter_file});
+    }
+    for (const auto& in : inputs) {
+      const std::string problem = host::input_file_problem(in.path, in.what);
+      if (!problem.empty()) problems.push_back(problem);
+    }
+    if (!problems.empty()) fail(problems);
+  } else {
+    inputs.push_back({"xyz file", request.xyz_file});
+    written =
+        write_xyz_job(request, "norvik run " + host::command_text(args, host::kMostCommandShown));
   }
-  if (!problems.empty()) fail(problems);
+  const auto give_up = [&written](const std::vector<std::string>& found) {
+    std::error_code ec;
+    for (const host::OutputFile& w : written) std::filesystem::remove(w.partial, ec);
+    fail(found);
+  };
   const host::InputFacts facts =
-      host::check_inputs(request.molecule_file, request.parameter_file, problems);
-  if (!problems.empty()) fail(problems);
+      host::check_inputs(request.molecule_read, request.parameter_read, problems);
+  if (!problems.empty()) give_up(problems);
   // The fragments' charges of a counterpoise job: those of --fragments, which
   // must add up to the molecule's, or neutral fragments (HeH+: He and H+).
   if (request.fragments && !facts.counterpoise) {
@@ -485,14 +642,30 @@ int run(const std::vector<std::string>& args) {
   if (host::is_excited_state_theory(facts.theory)) {
     outputs.push_back(host::output_file("UV-vis spectrum", "--vib", request.vib + ".uv.dat"));
   }
-  problems = host::output_problems(outputs, inputs);
-  if (!problems.empty()) fail(problems);
-  if (const std::string problem = host::start_partials(outputs); !problem.empty()) fail(problem);
+  std::vector<host::OutputFile> all_outputs = outputs;
+  all_outputs.insert(all_outputs.end(), written.begin(), written.end());
+  problems = host::output_problems(all_outputs, inputs);
+  if (!problems.empty()) give_up(problems);
+  if (const std::string problem = host::start_partials(outputs); !problem.empty()) {
+    give_up({problem});
+  }
+  outputs = all_outputs;
 
   const std::string note = partial_files_note(outputs);
-  const host::JobEnd end =
-      host::run_job([&] { return run_job(request, facts, outputs); },
-                    "norvik: the library stopped the job (its message is above)\n" + note);
+  const std::string stopped = "norvik: the library stopped the job (its message is above)\n" + note;
+  host::JobEnd end;
+  if (host::progress_shown(request.progress)) {
+    host::ProgressFiles progress;
+    progress.report = outputs[0].partial;
+    progress.log = outputs[1].partial;
+    progress.optimisation_cycles = facts.optimisation_cycles;
+    host::ScratchFile hessian;
+    if (facts.vibrations > 0) progress.hessian = hessian.path();
+    end = host::run_job([&] { return run_job(request, facts, outputs, progress.hessian); }, stopped,
+                        progress);
+  } else {
+    end = host::run_job([&] { return run_job(request, facts, outputs, ""); }, stopped);
+  }
   if (end.exited && (end.status == kSuccess || end.status == kNotConverged)) {
     if (const std::string problem = host::move_into_place(outputs); !problem.empty()) {
       fail(problem);
@@ -530,6 +703,12 @@ int main(int argc, char** argv) {
     usage(args.empty() ? std::cerr : std::cout);
     return args.empty() ? kUsageError : kSuccess;
   }
+  if (args[0] == "--version" || args[0] == "version") {
+    if (args.size() > 1) fail(args[0] + " takes no arguments");
+    std::cout << "norvik " << NORVIK_HOST_VERSION << '\n';
+    return kSuccess;
+  }
+  if (args[0] == "check") return host::check_command({args.begin() + 1, args.end()});
   if (args[0] == "batch") return host::run_python_batch({args.begin() + 1, args.end()});
   if (args[0] != "run") fail("unknown command '" + args[0] + "' (see norvik --help)");
   return run({args.begin() + 1, args.end()});

@@ -95,9 +95,12 @@ std::vector<std::string> output_problems(const std::vector<OutputFile>& outputs,
         };
         const auto b = std::find_if(written.begin(), written.end(), clash);
         if (b != written.end()) {
+          // The files of an .xyz job take the report's name: one option for both.
+          const std::string fix =
+              a.option == b->option ? "give " + a.option + " another name"
+                                    : "give " + a.option + " and " + b->option + " different names";
           problems.push_back("the " + a.what + " '" + a.path + "' and the " + b->what + " '" +
-                             b->path + "' are one file; give " + a.option + " and " + b->option +
-                             " different names");
+                             b->path + "' are one file; " + fix);
           break;
         }
       }

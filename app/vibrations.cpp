@@ -172,7 +172,8 @@ VibrationResult run_vibrations(const Job& job, norvik_int n, const std::vector<d
                        "minimum (optimise first)."});
   }
 
-  // The Hessian and the vibrational analysis, in one library call.
+  // The Hessian and the vibrational analysis, in one library call that tells
+  // the host's progress line how far it is.
   const std::size_t pair = job.kohn_sham ? 2 : 1;
   const norvik_int niter[2] = {job.niter[pair == 2 ? 2 : 1], job.niter[pair == 2 ? 3 : 1]};
   const double damp[2] = {job.damp[pair == 2 ? 2 : 1], job.damp[pair == 2 ? 3 : 1]};
@@ -186,12 +187,13 @@ VibrationResult run_vibrations(const Job& job, norvik_int n, const std::vector<d
   std::vector<double> hessian(n3 * n3), dipder(3 * n3), polder(9 * n3), eigenvalues(n3),
       wavenumbers(n3), modes(n3 * n3), infrared(n3), activity(n3), depol(n3);
   norvik_int linear = 0;
-  HESSIAN_MOLE(job.theory.data(), job.basis.data(), &job.natom, job.zat.data(), job.zel.data(),
-               job.pos.data(), &job.nalpha, &job.nbeta, niter, damp, thr_ene, thr_rms,
-               &job.memory_gb, &job.screening, &thr_orth, &kGridRadius, &level, &n, rho.data(),
-               &step, &npoint, &raman, hessian.data(), dipder.data(), polder.data(), report, &scale,
-               eigenvalues.data(), wavenumbers.data(), modes.data(), infrared.data(),
-               activity.data(), depol.data(), &linear);
+  HESSIAN_MOLE_PROGRESS(job.theory.data(), job.basis.data(), &job.natom, job.zat.data(),
+                        job.zel.data(), job.pos.data(), &job.nalpha, &job.nbeta, niter, damp,
+                        thr_ene, thr_rms, &job.memory_gb, &job.screening, &thr_orth, &kGridRadius,
+                        &level, &n, rho.data(), &step, &npoint, &raman, hessian.data(),
+                        dipder.data(), polder.data(), report, &scale, eigenvalues.data(),
+                        wavenumbers.data(), modes.data(), infrared.data(), activity.data(),
+                        depol.data(), &linear, job.hessian_progress.data());
   stamp("Vibrations ok.");
   // The static polarisability at the analysed geometry (its derivatives gave
   // the Raman activities).

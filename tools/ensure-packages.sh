@@ -5,8 +5,9 @@ set -eu
 # clang, libclang-rt-14-dev (libFuzzer and Clang's sanitizer runtimes) and
 # libomp-14-dev (OpenMP for Clang) build the fuzz targets of fuzz/; GCC's own
 # sanitizer runtimes come with g++.  g++-mingw-w64-x86-64-posix and wine64 cross-build
-# the Windows DLL and run it (tests/windows).
-packages="cmake ninja-build g++ gfortran libgtest-dev libbenchmark-dev binutils python3 python3-mpmath python3-numpy clang-format clang libclang-rt-14-dev libomp-14-dev g++-mingw-w64-x86-64-posix wine64"
+# the Windows DLL and run it (tests/windows).  bsdutils has script, which gives the
+# progress test (tests/host_cli/progress.cmake) a pseudo-terminal.
+packages="cmake ninja-build g++ gfortran libgtest-dev libbenchmark-dev binutils python3 python3-mpmath python3-numpy clang-format clang libclang-rt-14-dev libomp-14-dev g++-mingw-w64-x86-64-posix wine64 bsdutils"
 # python3-pytest and python3-distributed test the Python package and run its batches
 # on Dask (python/, docs/python.md).
 packages="$packages python3-pytest python3-distributed"

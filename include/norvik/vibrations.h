@@ -70,6 +70,13 @@ NORVIK_API void HESSIAN_DIRECT(NORVIK_HESSIAN_ARGS);
  * (raman = 1) with the report sections. */
 NORVIK_API void HESSIAN_MOLE(NORVIK_HESSIAN_MOLE_ARGS);
 NORVIK_API void HESSIAN_DIRECT_MOLE(NORVIK_HESSIAN_MOLE_ARGS);
+/* HESSIAN_MOLE that also tells how far it is:  35 progress (in, 120 chars: a
+ * file; blank: none) receives the line "Hessian: k of n displaced coordinates
+ * done" before the first displaced point (k = 0) and after every displaced
+ * coordinate, each appended and the file closed again, so that another process
+ * can follow it.  n counts the coordinates of the atoms that are displaced
+ * themselves (one of each set of equivalent atoms), so n <= 3N. */
+NORVIK_API void HESSIAN_MOLE_PROGRESS(NORVIK_HESSIAN_MOLE_ARGS, const char* progress);
 
 /* One column of the Hessian, for hosts that spread the displaced points over
  * processes or machines:  1 basis;  2 natom;  3 zat;  4 zel;  5 pos;  6 nalpha,

@@ -3,6 +3,7 @@
 // report sections.
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -85,7 +86,10 @@ scf::MoleculeView molecule_of(const HessianInput& in) {
 }
 
 // The whole Hessian of HESSIAN and its members.
-geometry::SecondDerivatives run_hessian(NORVIK_HESSIAN_ARGS, bool direct, const char* routine) {
+using ColumnDone = std::function<void(std::size_t, std::size_t)>;
+
+geometry::SecondDerivatives run_hessian(NORVIK_HESSIAN_ARGS, bool direct, const char* routine,
+                                        const ColumnDone& column_done = {}) {
   std::optional<scf::KohnShamStage> kohn_sham =
       abi::kohn_sham_stage(method, niter, damp, thr_ene, thr_rms, grid_radius, grid_level, routine);
   // The Hartree–Fock settings are the first of each pair; a Kohn–Sham method
@@ -100,7 +104,7 @@ geometry::SecondDerivatives run_hessian(NORVIK_HESSIAN_ARGS, bool direct, const 
   settings.rule = in.rule;
   settings.polarizability = *raman == 1;
   geometry::SecondDerivatives d = geometry::scf_second_derivatives(
-      in.job, in.control, molecule_of(in), in.settings, in.rho, settings);
+      in.job, in.control, molecule_of(in), in.settings, in.rho, settings, column_done);
   std::copy(d.hessian.begin(), d.hessian.end(), hessian);
   std::copy(d.dipole.begin(), d.dipole.end(), dipder);
   if (*raman == 1) std::copy(d.polarizability.begin(), d.polarizability.end(), polder);
@@ -142,6 +146,18 @@ void analyse(const geometry::SecondDerivatives& d, const norvik_int* natom, cons
                                  f));
 }
 
+// The progress lines of HESSIAN_MOLE_PROGRESS: one per count of displaced
+// coordinates, appended to `file` and closed, so that another process can
+// follow them while the points run.  A blank name writes nothing.
+ColumnDone progress_lines(const char* file) {
+  const std::string path(norvik::io::trim_right(text_in(file, kFileNameLength)));
+  if (path.empty()) return {};
+  return [path](std::size_t done, std::size_t total) {
+    norvik::io::append_lines(path, {"Hessian: " + std::to_string(done) + " of " +
+                                    std::to_string(total) + " displaced coordinates done"});
+  };
+}
+
 // One column of HF_HESSIAN and KS_HESSIAN.
 void run_column(const HessianInput& in, const norvik_int* icoord, double* column, double* dipcol,
                 const char* routine) {
@@ -177,22 +193,26 @@ NORVIK_API void HESSIAN_DIRECT(NORVIK_HESSIAN_ARGS) {
   });
 }
 
-#define NORVIK_HESSIAN_MOLE_BODY(DIRECT, ROUTINE)                                                  \
+#define NORVIK_HESSIAN_MOLE_BODY(DIRECT, ROUTINE, PROGRESS)                                        \
   guarded([&] {                                                                                    \
     const geometry::SecondDerivatives d =                                                          \
         run_hessian(method, basis, natom, zat, zel, pos, nalpha, nbeta, niter, damp, thr_ene,      \
                     thr_rms, ramlimit, thr_screen, thr_orth, grid_radius, grid_level, nbasis, rho, \
-                    step, npoint, raman, hessian, dipder, polder, DIRECT, ROUTINE);                \
+                    step, npoint, raman, hessian, dipder, polder, DIRECT, ROUTINE, PROGRESS);      \
     analyse(d, natom, zel, pos, raman, report, scale, eigenvalues, wavenumbers, modes, infrared,   \
             activity, depol, linear);                                                              \
   })
 
 NORVIK_API void HESSIAN_MOLE(NORVIK_HESSIAN_MOLE_ARGS) {
-  NORVIK_HESSIAN_MOLE_BODY(false, "Hessian_mole");
+  NORVIK_HESSIAN_MOLE_BODY(false, "Hessian_mole", {});
+}
+
+NORVIK_API void HESSIAN_MOLE_PROGRESS(NORVIK_HESSIAN_MOLE_ARGS, const char* progress) {
+  NORVIK_HESSIAN_MOLE_BODY(false, "Hessian_mole_progress", progress_lines(progress));
 }
 
 NORVIK_API void HESSIAN_DIRECT_MOLE(NORVIK_HESSIAN_MOLE_ARGS) {
-  NORVIK_HESSIAN_MOLE_BODY(true, "Hessian_direct_mole");
+  NORVIK_HESSIAN_MOLE_BODY(true, "Hessian_direct_mole", {});
 }
 
 NORVIK_API void HF_HESSIAN(const char* basis, const norvik_int* natom, const norvik_int* zat,

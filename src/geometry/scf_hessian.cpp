@@ -66,11 +66,11 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
   };
 }
 
-SecondDerivatives scf_second_derivatives(const scf::JobControl& job, const scf::ScfControl& control,
-                                         const scf::MoleculeView& molecule,
-                                         const scf::PointSettings& settings,
-                                         std::span<const double> rho,
-                                         const ScfHessianSettings& hessian) {
+SecondDerivatives scf_second_derivatives(
+    const scf::JobControl& job, const scf::ScfControl& control, const scf::MoleculeView& molecule,
+    const scf::PointSettings& settings, std::span<const double> rho,
+    const ScfHessianSettings& hessian,
+    const std::function<void(std::size_t, std::size_t)>& column_done) {
   std::vector<AtomRotation> rotations;
   if (hessian.symmetry_tolerance > 0.0) {
     // Atoms are alike when both their element and their nuclear charge are
@@ -81,7 +81,7 @@ SecondDerivatives scf_second_derivatives(const scf::JobControl& job, const scf::
     rotations = atom_rotations(kinds, molecule.positions, hessian.symmetry_tolerance);
   }
   return second_derivatives(scf_points(job, control, molecule, settings, rho, hessian),
-                            molecule.positions, hessian.rule, rotations);
+                            molecule.positions, hessian.rule, rotations, column_done);
 }
 
 }  // namespace norvik::geometry

@@ -5,6 +5,7 @@
 // coupled-perturbed polarisability.
 #pragma once
 
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -28,11 +29,12 @@ PointFunction scf_points(const scf::JobControl& job, const scf::ScfControl& cont
                          const scf::MoleculeView& molecule, const scf::PointSettings& settings,
                          std::span<const double> rho, const ScfHessianSettings& hessian);
 
-// Every column of the second derivatives of the converged point, in order.
-SecondDerivatives scf_second_derivatives(const scf::JobControl& job, const scf::ScfControl& control,
-                                         const scf::MoleculeView& molecule,
-                                         const scf::PointSettings& settings,
-                                         std::span<const double> rho,
-                                         const ScfHessianSettings& hessian);
+// Every column of the second derivatives of the converged point, in order;
+// `column_done` as second_derivatives takes it.
+SecondDerivatives scf_second_derivatives(
+    const scf::JobControl& job, const scf::ScfControl& control, const scf::MoleculeView& molecule,
+    const scf::PointSettings& settings, std::span<const double> rho,
+    const ScfHessianSettings& hessian,
+    const std::function<void(std::size_t, std::size_t)>& column_done = {});
 
 }  // namespace norvik::geometry

@@ -128,10 +128,10 @@ DerivativeColumn difference_column(const PointFunction& point, std::span<const d
   return column;
 }
 
-SecondDerivatives second_derivatives(const PointFunction& point, std::span<const double> x,
-                                     const DifferenceRule& rule,
-                                     std::span<const AtomRotation> rotations,
-                                     const std::function<void(std::size_t)>& column_done) {
+SecondDerivatives second_derivatives(
+    const PointFunction& point, std::span<const double> x, const DifferenceRule& rule,
+    std::span<const AtomRotation> rotations,
+    const std::function<void(std::size_t, std::size_t)>& column_done) {
   const std::size_t n3 = x.size(), natom = n3 / 3;
   SecondDerivatives out;
   out.hessian.assign(n3 * n3, 0.0);
@@ -152,6 +152,9 @@ SecondDerivatives second_derivatives(const PointFunction& point, std::span<const
       }
     }
   }
+  std::size_t total = 0, done = 0;
+  for (std::size_t a = 0; a < natom; ++a) total += source[a] == static_cast<int>(a) ? 3 : 0;
+  if (column_done) column_done(done, total);
   for (std::size_t a = 0; a < natom; ++a) {
     if (source[a] != static_cast<int>(a)) continue;
     ++out.displaced_atoms;
@@ -161,7 +164,7 @@ SecondDerivatives second_derivatives(const PointFunction& point, std::span<const
       std::copy(c.dipole.begin(), c.dipole.end(), out.dipole.begin() + 3 * k);
       std::copy(c.polarizability.begin(), c.polarizability.end(),
                 out.polarizability.begin() + 9 * k);
-      if (column_done) column_done(k);
+      if (column_done) column_done(++done, total);
     }
   }
   // The columns of atom c = g(a): H(g(b), c) = R H(b, a) Rᵀ, ∂μ/∂x_c = R (∂μ/∂x_a) Rᵀ and

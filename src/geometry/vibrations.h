@@ -54,16 +54,17 @@ DerivativeColumn difference_column(const PointFunction& point, std::span<const d
 // derivatives (9 × 3N, Å²).  With the molecule's rotations (the identity
 // first) only one atom of each set of equivalent atoms is displaced; the
 // columns of the others are its columns turned by the rotation that maps it
-// onto them.  `column_done(k)` hears every computed column.
+// onto them.  `column_done(done, total)` hears the count of displaced
+// coordinates before the first (done = 0) and after every one of them.
 struct SecondDerivatives {
   std::vector<double> hessian, dipole, polarizability;
   int displaced_atoms = 0;
 };
 
-SecondDerivatives second_derivatives(const PointFunction& point, std::span<const double> x,
-                                     const DifferenceRule& rule,
-                                     std::span<const AtomRotation> rotations = {},
-                                     const std::function<void(std::size_t)>& column_done = {});
+SecondDerivatives second_derivatives(
+    const PointFunction& point, std::span<const double> x, const DifferenceRule& rule,
+    std::span<const AtomRotation> rotations = {},
+    const std::function<void(std::size_t, std::size_t)>& column_done = {});
 
 struct NormalModes {
   // 3N eigenvalues λ of the projected mass-weighted Hessian [Å⁻²], ascending;

@@ -127,11 +127,23 @@ TEST(HarmonicWavenumbers, ColumnsFromRotationsEqualDisplacedColumns) {
     ScfHessianSettings with, without;
     with.rule = without.rule = {5e-3, /*four_point=*/true};
     without.symmetry_tolerance = 0.0;
-    const SecondDerivatives a = scf_second_derivatives(job, control, molecule, settings, rho, with);
+    // The progress counts: 0 before the first point, then one more after every
+    // displaced coordinate, out of those of the displaced atoms alone.
+    std::vector<std::pair<std::size_t, std::size_t>> heard_a, heard_b;
+    const SecondDerivatives a =
+        scf_second_derivatives(job, control, molecule, settings, rho, with,
+                               [&](std::size_t k, std::size_t n) { heard_a.emplace_back(k, n); });
     const SecondDerivatives b =
-        scf_second_derivatives(job, control, molecule, settings, rho, without);
+        scf_second_derivatives(job, control, molecule, settings, rho, without,
+                               [&](std::size_t k, std::size_t n) { heard_b.emplace_back(k, n); });
     EXPECT_EQ(a.displaced_atoms, 2) << r.name;
     EXPECT_EQ(b.displaced_atoms, static_cast<int>(r.elements.size())) << r.name;
+    for (const auto& [d, heard] : {std::pair{a, heard_a}, std::pair{b, heard_b}}) {
+      const auto n = static_cast<std::size_t>(3 * d.displaced_atoms);
+      ASSERT_EQ(heard.size(), n + 1) << r.name;
+      for (std::size_t k = 0; k <= n; ++k)
+        EXPECT_EQ(heard[k], std::pair(k, n)) << r.name << " progress count " << k;
+    }
     for (std::size_t i = 0; i < a.hessian.size(); ++i)
       // The geometry is symmetric to its 6 decimals: 1e-6 Å of 30 eV/Å³.
       EXPECT_NEAR(a.hessian[i], b.hessian[i], 1e-4) << r.name << " Hessian element " << i;

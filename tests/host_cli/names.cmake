@@ -26,7 +26,7 @@ run(molecule_name_too_long STATUS 2 ARGS run ${stem}.mol
 run(no_arguments STATUS 2 ARGS STDERR "usage: norvik run")
 run(help STATUS 0 ARGS --help STDOUT "Exit status:" "3  the SCF did not converge")
 run(unknown_option STATUS 2 ARGS run water.mol --repot x STDERR "unknown option '--repot'")
-run(unknown_command STATUS 2 ARGS check water.mol STDERR "unknown command 'check'")
+run(unknown_command STATUS 2 ARGS chek water.mol STDERR "unknown command 'chek'")
 run(option_without_name STATUS 2 ARGS run water.mol --log STDERR "--log needs a file name")
 run(three_files STATUS 2 ARGS run water.mol hf.par ks.par STDERR "usage:")
 # Excited states per spin type: a whole number from 1 to 200.
