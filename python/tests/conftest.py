@@ -28,11 +28,15 @@ def host():
 
 @pytest.fixture(scope="session")
 def host_takes_xyz(host):
-    """Whether the host runs .xyz jobs (they came with --version) and writes the
-    JSON result (--json)."""
-    version = subprocess.run([host, "--version"], capture_output=True)
+    """Whether the host runs .xyz jobs (they came with --version)."""
+    return subprocess.run([host, "--version"], capture_output=True).returncode == 0
+
+
+@pytest.fixture(scope="session")
+def host_writes_json(host, host_takes_xyz):
+    """Whether the host also writes the JSON result (--json)."""
     usage = subprocess.run([host, "--help"], capture_output=True, text=True)
-    return version.returncode == 0 and "--json" in usage.stdout
+    return host_takes_xyz and "--json" in usage.stdout
 
 
 def water_mol_text(basis="STO-3G", name="water", stretch=1.0):

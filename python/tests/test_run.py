@@ -88,8 +88,8 @@ def test_options_as_host_words():
 
 
 @pytest.fixture()
-def real_host(host, host_takes_xyz):
-    if not host_takes_xyz:
+def real_host(host, host_writes_json):
+    if not host_writes_json:
         pytest.skip("this host predates .xyz jobs or the JSON result (no --version, --json)")
     return host
 
