@@ -12,7 +12,6 @@ import pytest
 from conftest import PRINTED_ENERGY_TOLERANCE, ROOT, host_energy, water_mol_text
 from norvik.batch import UsageError, collect_jobs, summary_table
 
-pytest.importorskip("distributed")
 
 
 def make_jobs(folder, with_xyz=False):

@@ -8,9 +8,8 @@ from pathlib import Path
 import numpy as np
 import pytest
 
+import norvik.lib as lib
 from conftest import PRINTED_ENERGY_TOLERANCE, ROOT, host_energy, water_mol_text
-
-lib = pytest.importorskip("norvik.lib")
 
 # Charges sum to the molecular charge and gradients to zero up to the SCF's
 # convergence (1e-7 eV), far below this.
