@@ -26,6 +26,7 @@ import subprocess
 import sys
 import time
 
+from .job import failure_message
 from .locate import NotFound, host_program
 
 # The host's exit statuses (docs/host.md) as the summary names them.
@@ -102,28 +103,6 @@ def collect_jobs(paths: list[str]) -> list[dict]:
 
 
 # ---- one job, on a worker ---------------------------------------------------------
-
-
-_NOT_CONVERGED = re.compile(r"not converged|NOT converged|not a solution|used up")
-
-
-def failure_message(status: int, stdout: str, stderr: str) -> str:
-    """The host's words for a job without a clean result: for status 3 its line
-    on standard output that says what did not converge; otherwise its first
-    line on standard error, with the library's message when one follows."""
-    if status == 3:
-        for line in stdout.splitlines():
-            if line.startswith("norvik: ") and _NOT_CONVERGED.search(line):
-                return line[len("norvik: "):]
-    lines = stderr.splitlines()
-    for k, line in enumerate(lines):
-        if line.startswith("norvik: "):
-            text = line[len("norvik: "):]
-            if text.endswith(":"):  # the library's own lines follow, indented
-                more = [m.strip() for m in lines[k + 1:] if m and not m.startswith("norvik: ")]
-                text = " ".join([text] + more[:3])
-            return text
-    return (stderr.strip().splitlines() or [""])[-1]
 
 
 def run_one(spec: dict) -> dict:

@@ -108,8 +108,26 @@ def _file_stem(name: str) -> str:
     return stem[:40]
 
 
-def _host_lines(text: str) -> str:
-    return "\n".join(line for line in text.splitlines() if line.startswith("norvik:"))
+_NOT_CONVERGED = re.compile(r"not converged|NOT converged|not a solution|used up")
+
+
+def failure_message(status: int, stdout: str, stderr: str) -> str:
+    """The host's words for a job without a clean result: for status 3 its line
+    on standard output that says what did not converge; otherwise its first
+    line on standard error, with the library's message when one follows."""
+    if status == 3:
+        for line in stdout.splitlines():
+            if line.startswith("norvik: ") and _NOT_CONVERGED.search(line):
+                return line[len("norvik: "):]
+    lines = stderr.splitlines()
+    for k, line in enumerate(lines):
+        if line.startswith("norvik: "):
+            text = line[len("norvik: "):]
+            if text.endswith(":"):  # the library's own lines follow, indented
+                more = [m.strip() for m in lines[k + 1:] if m and not m.startswith("norvik: ")]
+                text = " ".join([text] + more[:3])
+            return text
+    return (stderr.strip().splitlines() or [""])[-1]
 
 
 def run(mol, method: str = "HF", basis: str = "6-31G*", charge: int | None = None,
@@ -164,7 +182,7 @@ def run(mol, method: str = "HF", basis: str = "6-31G*", charge: int | None = Non
                               timeout=timeout, errors="replace")
         status = proc.returncode
         if status not in (SUCCESS, NOT_CONVERGED):
-            said = _host_lines(proc.stderr) or proc.stderr.strip() or _host_lines(proc.stdout)
+            said = proc.stderr.strip() or failure_message(status, proc.stdout, "")
             why = (f"the job ended on signal {-status}" if status < 0
                    else f"the norvik host ended the job with status {status}")
             raise JobError(f"{why}:\n{said}", status, proc.stdout, proc.stderr, cmd,
@@ -177,8 +195,8 @@ def run(mol, method: str = "HF", basis: str = "6-31G*", charge: int | None = Non
                 status, proc.stdout, proc.stderr, cmd, folder if keep else None)
         result = Result.from_json(path, proc.stdout, proc.stderr)
         if status == NOT_CONVERGED:
-            said = _host_lines(proc.stdout)
-            warnings.warn(f"norvik job {stem} did not converge (status 3):\n{said}",
+            said = failure_message(status, proc.stdout, proc.stderr)
+            warnings.warn(f"norvik job {stem} did not converge (status 3): {said}",
                           NotConvergedWarning, stacklevel=2)
         if not keep:
             result._keep_report()

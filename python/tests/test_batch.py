@@ -108,7 +108,7 @@ def test_batch_on_two_local_workers_reports_the_bad_job(host, host_takes_xyz, tm
 
 
 def test_failure_messages_are_the_hosts_words():
-    from norvik.batch import failure_message
+    from norvik.job import failure_message
 
     stopped = ("norvik: the library stopped the job (exit status 1):\n"
                " Zatom exceed limit in ZatmNSHL_631TG.          36\n"
