@@ -62,12 +62,14 @@ def host_options(options: dict[str, Any]) -> list[str]:
 
 
 def job_command(host: str, xyz: str, *, method: str, basis: str, charge: int, mult: int,
-                opt: bool, freq: bool, raman: bool, threads: int | None, json_file: str,
+                opt: bool | int, freq: bool, raman: bool, threads: int | None, json_file: str,
                 options: dict[str, Any]) -> list[str]:
     cmd = [host, "run", xyz, "--method", method, "--basis", basis,
            "--charge", str(charge), "--mult", str(mult)]
-    if opt:
+    if opt is True:
         cmd.append("--opt")
+    elif opt:  # a number of optimisation cycles
+        cmd += ["--opt", str(int(opt))]
     if freq or raman:
         cmd.append("--freq")
     if raman:
@@ -131,13 +133,14 @@ def failure_message(status: int, stdout: str, stderr: str) -> str:
 
 
 def run(mol, method: str = "HF", basis: str = "6-31G*", charge: int | None = None,
-        mult: int | None = None, opt: bool = False, freq: bool = False, raman: bool = False,
+        mult: int | None = None, opt: bool | int = False, freq: bool = False, raman: bool = False,
         workdir=None, keep_files: bool | None = None, threads: int | None = None,
         host: str | None = None, timeout: float | None = None, **options) -> Result:
     """Runs one job through the host and returns its Result.
 
     ``mol`` is a Molecule, the text of an .xyz file or its path.  ``charge`` and
-    ``mult`` default to the molecule's.  ``opt`` optimises the geometry, ``freq``
+    ``mult`` default to the molecule's.  ``opt`` optimises the geometry (a number: at
+    most that many cycles), ``freq``
     adds the vibrational analysis and thermochemistry, ``raman`` also the Raman
     activities.  The job runs in ``workdir`` (made when missing), or in a new
     temporary folder that is removed afterwards unless ``keep_files``; the report

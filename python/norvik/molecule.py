@@ -146,7 +146,9 @@ class Molecule:
             except MoleculeError as e:
                 raise MoleculeError(f"line {k}: {e}") from None
             try:
-                positions.append([float(v) for v in fields[1:4]])
+                # Fortran programs write exponents with D (1.5D-01)
+                positions.append([float(v.replace("D", "E").replace("d", "e"))
+                                  for v in fields[1:4]])
             except ValueError:
                 raise MoleculeError(
                     f"line {k}: '{' '.join(fields[1:4])}' are not three numbers"

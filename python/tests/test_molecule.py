@@ -21,8 +21,8 @@ def test_reads_xyz_with_and_without_header():
     bare = Molecule.from_xyz("\n".join(WATER_XYZ.splitlines()[2:]))
     np.testing.assert_array_equal(bare.positions, m.positions)
     # symbols in any letter case, or atomic numbers, come out in the library's spelling
-    m = Molecule.from_xyz("CL 0 0 0\n17 0 0 2.0\n")
-    assert m.symbols == ["Cl", "Cl"]
+    m = Molecule.from_xyz("CL 0 0 0\r\n17 0 0 2.0D+00 extra\r\n")
+    assert m.symbols == ["Cl", "Cl"] and m.positions[1, 2] == 2.0
     assert "Cl2" in repr(m)
 
 

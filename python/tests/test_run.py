@@ -51,10 +51,11 @@ def test_temporary_folder_goes_but_the_report_stays(monkeypatch):
     assert r.report_text() == "fake report\n"
 
 
-def test_charge_changes_the_default_multiplicity(monkeypatch, tmp_path):
-    fake_run(monkeypatch, 0, charge=1, workdir=tmp_path)
+def test_charge_changes_the_default_multiplicity_and_cycles_go_with_opt(monkeypatch, tmp_path):
+    fake_run(monkeypatch, 0, charge=1, opt=20, workdir=tmp_path)
     args = json.loads((tmp_path / "fake_host_args.json").read_text())
     assert args[args.index("--charge") + 1:args.index("--mult") + 2] == ["1", "--mult", "2"]
+    assert args[args.index("--opt") + 1] == "20"
 
 
 def test_not_converged_is_a_result_with_a_warning(monkeypatch):
