@@ -189,13 +189,14 @@ def run_batch(specs: list[dict], workers: int, scheduler: str | None, progress,
         except (ImportError, AttributeError):
             pass
     else:
-        # worker processes import this package by name
+        # worker processes import this package by name; their heartbeat may
+        # still race the scheduler's shutdown, a harmless error not worth a trace
         parent = _package_parent()
         path = os.environ.get("PYTHONPATH", "")
         if parent not in path.split(os.pathsep):
             os.environ["PYTHONPATH"] = parent + (os.pathsep + path if path else "")
         cluster = LocalCluster(n_workers=workers, threads_per_worker=1, processes=True,
-                               dashboard_address=None, silence_logs=logging.ERROR)
+                               dashboard_address=None, silence_logs=logging.CRITICAL)
         client = Client(cluster)
     records: list[dict | None] = [None] * len(specs)
     times["cluster_start"] = time.perf_counter() - clock
