@@ -9,7 +9,7 @@
 # Pass --slow to include the long reference runs in the first pass.
 set -eu
 cd "$(dirname "$0")"
-tools/ensure-packages.sh
+tools/ensure-packages.sh "${1:-}"
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release -DNORVIK_WERROR=ON >/dev/null
 cmake --build build
 if [ "${1:-}" = "--slow" ]; then

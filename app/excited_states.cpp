@@ -77,6 +77,11 @@ ExcitationSummary run_excited_states(const Job& job, norvik_int n, const std::ve
   WRITE_TRANSITION(&nstate, spin.data(), energy.data(), npair.data(), occ.data(), vir.data(),
                    beta.data(), amp.data(), report);
   out.states = nstate;
+  const auto kept = static_cast<std::size_t>(nstate);
+  out.spin.assign(spin.begin(), spin.begin() + static_cast<std::ptrdiff_t>(kept));
+  out.energy.assign(energy.begin(), energy.begin() + static_cast<std::ptrdiff_t>(kept));
+  out.strength.assign(strength.begin(), strength.begin() + static_cast<std::ptrdiff_t>(kept));
+  out.dipole.assign(dipole.begin(), dipole.begin() + static_cast<std::ptrdiff_t>(3 * kept));
   if (nstate > 0) {
     const auto count = static_cast<std::ptrdiff_t>(nstate);
     const double lowest = *std::min_element(energy.begin(), energy.begin() + count);

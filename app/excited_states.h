@@ -31,6 +31,11 @@ struct ExcitationSummary {
   double strongest = 0.0;  // energy of the largest oscillator strength [eV]
   double strongest_strength = 0.0;
   bool skipped_for_memory = false;
+  // Every state as the library gives them (singlets first, then triplets, each
+  // ascending): spin (1 singlet, 3 triplet, 0 unrestricted), energy [eV],
+  // oscillator strength, transition dipole (3 per state) [e A].
+  std::vector<int> spin;
+  std::vector<double> energy, strength, dipole;
 };
 
 // The excited states of the converged point rho (n, n, 2), orbitals

@@ -1,6 +1,7 @@
 #include "hartree_fock.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <optional>
 #include <string>
@@ -25,6 +26,30 @@ ShellCount basis_size(const Job& job) {
 }
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double seconds_since(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// <S^2> of an unrestricted point: Sz(Sz+1) + N_beta - tr(Pa S Pb S).
+double s_squared(const Job& job, norvik_int n, const std::vector<double>& S,
+                 const std::vector<double>& rho) {
+  const auto nn = static_cast<std::size_t>(n);
+  std::vector<double> ps_a(nn * nn), ps_b(nn * nn);
+  for (std::size_t j = 0; j < nn; ++j)
+    for (std::size_t k = 0; k < nn; ++k)
+      for (std::size_t i = 0; i < nn; ++i) {
+        ps_a[i + nn * j] += rho[i + nn * k] * S[k + nn * j];
+        ps_b[i + nn * j] += rho[nn * nn + i + nn * k] * S[k + nn * j];
+      }
+  double overlap = 0.0;
+  for (std::size_t i = 0; i < nn; ++i)
+    for (std::size_t k = 0; k < nn; ++k) overlap += ps_a[i + nn * k] * ps_b[k + nn * i];
+  const double sz = 0.5 * (job.nalpha - job.nbeta);
+  return sz * (sz + 1.0) + job.nbeta - overlap;
+}
 
 void stamp(const char* text) {
   TIMESTAMP(padded(text, 40).data());
@@ -123,6 +148,7 @@ OptimisationResult run_optimisation(Job& job, norvik_int n, const std::vector<do
   double gmax = 0.0;
   for (double g : grad) gmax = std::max(gmax, std::abs(g));
   out.largest_gradient = gmax;
+  out.gradient = grad;
   // The optimised geometry and its gradient close the optimisation's part of the report.
   WRITE_COORDINATES(&job.natom, job.pos.data(), job.zel.data(), job.zat.data(), report);
   WRITE_GRAD(&job.natom, grad.data(), job.zel.data(), report);
@@ -140,6 +166,7 @@ PointResult run_hartree_fock(Job& job) {
   const auto nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
   result.nbasis = n;
 
+  auto started = Clock::now();
   // Free atoms: energies for the binding energy and densities for the start.
   std::vector<double> eatom(job.natom), atomrho(2 * nn);
   const double thr_orth = kOrthogonalityThreshold;
@@ -150,6 +177,8 @@ PointResult run_hartree_fock(Job& job) {
       job.theory.data(), &kGridRadius, &job.grid_level);
   WRITE_ENERGY_ATOM(&job.natom, job.zat.data(), job.zel.data(), eatom.data(), report);
   stamp("Free atoms ok.");
+  result.times.atoms = seconds_since(started);
+  started = Clock::now();
   // Counterpoise (record 18): the fragment SCFs at the input geometry.
   std::optional<CounterpoiseResult> counterpoise;
   if (is_counterpoise(job)) counterpoise = run_counterpoise(job);
@@ -187,6 +216,8 @@ PointResult run_hartree_fock(Job& job) {
                         {S, rho, orbitals, energy, dipole, xc, result.de_final, northo, in_core,
                          ncycle, converged, result.rmsd, result.commutator});
   }
+  result.times.scf = seconds_since(started);
+  started = Clock::now();
   result.northo = northo;
   result.in_core = in_core == 1;
   result.cycles = ncycle;
@@ -199,6 +230,10 @@ PointResult run_hartree_fock(Job& job) {
   // energy compares like with like.
   double eatoms = 0.0;
   for (double e : eatom) eatoms += e;
+  std::copy(energy, energy + 3, result.parts);
+  std::copy(xc, xc + 4, result.xc);
+  result.free_atoms = eatoms;
+  result.orbitals = orbitals;
   WRITE_ENERGY_MOL(&energy[0], &energy[1], &eatoms, report);
   if (job.kohn_sham) WRITE_ENERGY_KS(xc, report);
   WRITE_EMOL(&result.energy, &result.de_final, report);
@@ -209,7 +244,10 @@ PointResult run_hartree_fock(Job& job) {
   bool open = job.multiplicity != 1;
   for (std::size_t e = 0; e < nn && !open; ++e) open = std::abs(rho[e] - rho[nn + e]) > 1e-6;
   result.unrestricted = open;
-  if (open) WRITE_SPINCONTAMI(&n, S.data(), rho.data(), report);
+  if (open) {
+    WRITE_SPINCONTAMI(&n, S.data(), rho.data(), report);
+    result.s_squared = s_squared(job, n, S, rho);
+  }
   WRITE_EDM(result.dipole, report);
   // Population analysis (record 14): Mulliken, Lowdin or both.
   const std::string population = trimmed(job.population);
@@ -222,6 +260,9 @@ PointResult run_hartree_fock(Job& job) {
         charge.data(), spin.data());
     const std::string label = padded(kind, kNameLength);
     WRITE_POPULATION(label.data(), &job.natom, job.zel.data(), charge.data(), report);
+    (std::string(kind) == "Mulliken" ? result.mulliken_charges : result.lowdin_charges) = charge;
+    if (open)
+      (std::string(kind) == "Mulliken" ? result.mulliken_spins : result.lowdin_spins) = spin;
     if (open) {
       WRITE_SPINDENSITY(label.data(), &job.natom, job.zel.data(), spin.data(), report);
     }
@@ -242,6 +283,8 @@ PointResult run_hartree_fock(Job& job) {
     QUADRAPOLE(job.basis.data(), &job.natom, job.zat.data(), job.zel.data(), job.pos.data(), &n,
                rho.data(), theta);
     WRITE_EQM(theta, report);
+    result.quadrupole.emplace();
+    std::copy(theta, theta + 9, result.quadrupole->begin());
   }
   write_orbital_tables(job, n, northo, orbitals);
   write_cubes(job, n, rho, orbitals);
@@ -260,10 +303,13 @@ PointResult run_hartree_fock(Job& job) {
   if (is_excited_state_theory(trimmed(job.theory)) && result.converged) {
     result.excitations = run_excited_states(job, n, rho, orbitals);
   }
+  result.times.properties = seconds_since(started);
   // The vibrational analysis and thermochemistry of the converged point.
   if (job.vibrations >= 1 && result.converged) {
+    started = Clock::now();
     result.vibrations =
         run_vibrations(job, n, rho, orbitals, result.energy, result.optimisation.has_value());
+    result.times.vibrations = seconds_since(started);
   }
   return result;
 }

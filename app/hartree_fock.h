@@ -3,8 +3,10 @@
 // report notes), then the result sections.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "excited_states.h"
 #include "host_job.h"
@@ -29,6 +31,12 @@ struct OptimisationResult {
   bool converged = false;
   int cycles = 0, points = 0, gradients = 0;
   double largest_gradient = 0.0;  // of the last accepted point [eV/A]
+  std::vector<double> gradient;   // (3, natom) at the last accepted point [eV/A]
+};
+
+// Wall-clock seconds of the parts of a job, for the result file (0: not run).
+struct PartTimes {
+  double atoms = 0.0, scf = 0.0, properties = 0.0, vibrations = 0.0;
 };
 
 struct PointResult {
@@ -48,6 +56,16 @@ struct PointResult {
   std::optional<StabilityOutcome> stability;       // --stability: the check
   std::optional<Mp2Result> mp2;                    // theory MP2: the MP2 energy
   std::optional<ExcitationSummary> excitations;    // an excited-state theory
+
+  // What the result files take from the point (json_result.h, molden.h).
+  double parts[3] = {};     // electronic, nuclear repulsion, molecular energy [eV]
+  double xc[4] = {};        // Kohn-Sham: Exc, its exchange and correlation parts [eV], electrons
+  double free_atoms = 0.0;  // sum of the free atoms' energies [eV]
+  std::vector<double> orbitals;  // (n, n+1, 2): coefficients, levels [eV] in column n+1
+  std::vector<double> mulliken_charges, mulliken_spins, lowdin_charges, lowdin_spins;
+  std::optional<std::array<double, 9>> quadrupole;  // traceless [e A^2]
+  std::optional<double> s_squared;                  // <S^2> of an unrestricted point
+  PartTimes times;
 };
 
 // Runs the free atoms and the single point (or, with optimisation cycles, the

@@ -13,7 +13,9 @@
 // and the exit statuses.
 #include <omp.h>
 
+#include <chrono>
 #include <cmath>
+#include <cstdarg>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -29,6 +31,8 @@
 #include "host_job.h"
 #include "input_check.h"
 #include "job_process.h"
+#include "json_result.h"
+#include "molden.h"
 #include "norvik.h"
 #include "output_files.h"
 #include "plots.h"
@@ -63,7 +67,8 @@ void usage(std::ostream& out) {
          "                  [--xyz FILE] [--vib PREFIX] [--grid standard|dense] [--stability]\n"
          "                  [--orbitals [all]] [--cube WHAT[,WHAT...]] [--cube-prefix PREFIX]\n"
          "                  [--cube-step STEP] [--cube-points N] [--fragments QA,MA,QB,MB]\n"
-         "                  [--frozen-core] [--states N] [--progress | --no-progress]\n"
+         "                  [--frozen-core] [--states N] [--json FILE] [--molden FILE]\n"
+         "                  [--progress | --no-progress]\n"
          "\n"
          "  MOLECULE_FILE   the molecule, its charge and multiplicity, theory and basis set\n"
          "  PARAMETER_FILE  SCF settings (built-in settings when left out)\n"
@@ -101,6 +106,10 @@ void usage(std::ostream& out) {
          "  --progress      a live status line on standard error (SCF cycles, optimisation\n"
          "                  cycles, Hessian displacements); the default when standard\n"
          "                  error is a terminal; --no-progress: none\n"
+         "  --json FILE     the results for programs (default: the molecule file's name\n"
+         "                  with .json; layout in docs/json.md)\n"
+         "  --molden FILE   geometry, basis, orbitals and normal modes for viewers such as\n"
+         "                  Jmol and Molden (default: with .molden)\n"
          "\n"
          "An .xyz input (atom count, title line, then symbol x y z [A] per atom) takes:\n"
          "  --method M      HF (default), MP2, RPA, TDA or a functional (B3LYP, BLYP, SVWN5, ...)\n"
@@ -175,6 +184,7 @@ struct Request {
   host::XyzChoices xyz_choices;
   std::string molecule_read, parameter_read;  // the files the job reads
   host::ProgressMode progress = host::ProgressMode::automatic;
+  std::string json, molden;  // the result files
 };
 
 // A positive number of an option, or the end of the run with the problem.
@@ -193,38 +203,99 @@ double positive_number(const std::string& option, const std::string& text, doubl
   return v;
 }
 
+// A summary line on standard output ("norvik: " and the text), kept for the
+// result file's messages.
+[[gnu::format(printf, 2, 3)]] void say(std::vector<std::string>& said, const char* format, ...) {
+  char text[1024];
+  va_list args;
+  va_start(args, format);
+  std::vsnprintf(text, sizeof text, format, args);
+  va_end(args);
+  std::printf("norvik: %s\n", text);
+  said.emplace_back(text);
+}
+
 // How the molecule's SCF ended, on standard output; the exit status.
-int verdict(const host::Job& job, const host::PointResult& point) {
+int verdict(const host::Job& job, const host::PointResult& point, std::vector<std::string>& said) {
   const bool fixed_cycles = job.thr_ene[1] == 0.0 && job.thr_rms[1] == 0.0;
   if (fixed_cycles) {
-    std::printf(
-        "norvik: ran the %d SCF cycles asked for (both molecule thresholds 0): last energy "
-        "change %.3e eV, RMS density change %.3e, |FPS-SPF| = %.3e hartree\n",
+    say(said,
+        "ran the %d SCF cycles asked for (both molecule thresholds 0): last energy "
+        "change %.3e eV, RMS density change %.3e, |FPS-SPF| = %.3e hartree",
         point.cycles, point.de_final, point.rmsd, point.commutator);
     return kSuccess;
   }
   if (!point.converged) {
-    std::printf(
-        "norvik: SCF not converged in %d cycles (last energy change %.3e eV, RMS density change "
+    say(said,
+        "SCF not converged in %d cycles (last energy change %.3e eV, RMS density change "
         "%.3e): raise the molecule's iteration limit in record 6 of the parameter file, or give "
-        "the molecule more damping in record 8\n",
+        "the molecule more damping in record 8",
         point.cycles, point.de_final, point.rmsd);
     return kNotConverged;
   }
   if (!(point.commutator <= kStationarityLimit)) {
-    std::printf(
-        "norvik: the SCF stopped on a point that is not a solution (|FPS-SPF| = %.3e hartree, "
+    say(said,
+        "the SCF stopped on a point that is not a solution (|FPS-SPF| = %.3e hartree, "
         "above %.0e): tighten the molecule's thresholds in records 10 and 12 of the parameter "
-        "file\n",
+        "file",
         point.commutator, kStationarityLimit);
     return kNotConverged;
   }
   return kSuccess;
 }
 
+// The result files of a job that has a result: the JSON results and the
+// molden file, under their partial names.
+void write_result_files(const Request& request, const host::Job& job,
+                        const host::PointResult& point,
+                        const std::vector<host::OutputFile>& outputs, int status,
+                        const std::vector<std::string>& said, const std::vector<double>& input_pos,
+                        std::chrono::steady_clock::time_point started, double setup_seconds) {
+  std::string json_file, molden_file;
+  for (const host::OutputFile& out : outputs) {
+    if (out.what == "JSON result") json_file = out.partial;
+    if (out.what == "molden file") molden_file = out.partial;
+  }
+  if (point.orbitals.empty() || json_file.empty() || molden_file.empty()) return;
+  host::write_molden(molden_file,
+                     host::molden_of_point(job, point.nbasis, point.northo, !point.unrestricted,
+                                           point.orbitals, point.vibrations));
+  host::RunFacts facts;
+  facts.status = status;
+  facts.messages = said;
+  facts.version = NORVIK_HOST_VERSION;
+  facts.molecule_file = request.molecule_file;
+  facts.parameter_file = request.parameter_file;
+  facts.xyz_file = request.xyz_file;
+  // The other outputs by kind, under their final names.
+  const std::pair<const char*, const char*> kinds[] = {{"report", "report"},
+                                                       {"run log", "log"},
+                                                       {"molden file", "molden"},
+                                                       {"trajectory", "trajectory"},
+                                                       {"normal modes", "modes_xyz"},
+                                                       {"normal modes (molden)", "modes_molden"},
+                                                       {"infrared spectrum", "ir_spectrum"},
+                                                       {"Raman spectrum", "raman_spectrum"},
+                                                       {"UV-vis spectrum", "uv_spectrum"}};
+  for (const host::OutputFile& out : outputs) {
+    for (const auto& [what, kind] : kinds)
+      if (out.what == what) facts.files.emplace_back(kind, out.path);
+    if (out.what.rfind("cube ", 0) == 0) facts.cubes.push_back({out.what.substr(5), out.path});
+    if (out.what == "run log") facts.log_partial = out.partial;
+    if (out.what == "trajectory") facts.trajectory_partial = out.partial;
+  }
+  facts.input_pos = input_pos;
+  facts.setup_seconds = setup_seconds;
+  facts.total_seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+  std::ofstream(json_file, std::ios::binary) << host::json_result(job, point, facts).text();
+}
+
 // The job itself, with the report and the log under their partial names.
 int run_job(const Request& request, const host::InputFacts& facts,
             const std::vector<host::OutputFile>& outputs, const std::string& hessian_progress) {
+  const auto started = std::chrono::steady_clock::now();
+  std::vector<std::string> said;  // the summary lines, for the result file
   host::Job job;
   job.max_atoms = facts.natom + 1;
   job.molecule_file = host::padded(request.molecule_read, host::kPathLength);
@@ -269,56 +340,57 @@ int run_job(const Request& request, const host::InputFacts& facts,
             << " atoms, " << job.nalpha << " + " << job.nbeta << " electrons\n"
             << std::flush;
 
+  const double setup_seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+  const std::vector<double> input_pos = job.pos;
   host::PointResult point = host::run_hartree_fock(job);
   for (double& d : point.dipole) d = std::abs(d) < 5e-6 ? 0.0 : d;  // no "-0.00000"
-  std::printf(
-      "norvik: E(%s) = %.9f hartree (%s, %d basis functions), dipole %.5f %.5f %.5f eA\n",
+  say(said, "E(%s) = %.9f hartree (%s, %d basis functions), dipole %.5f %.5f %.5f eA",
       job.kohn_sham ? (point.unrestricted ? "UKS" : "RKS") : (point.unrestricted ? "UHF" : "RHF"),
       point.energy / host::kHartreeEv, point.in_core ? "stored integrals" : "integral-direct",
       point.nbasis, point.dipole[0], point.dipole[1], point.dipole[2]);
   if (point.optimisation) {
     const host::OptimisationResult& o = *point.optimisation;
-    std::printf(
-        "norvik: %s optimisation %s after %d cycles: %d SCF points, %d gradients, "
-        "largest gradient component %.2e eV/A\n",
+    say(said,
+        "%s optimisation %s after %d cycles: %d SCF points, %d gradients, "
+        "largest gradient component %.2e eV/A",
         o.driver.c_str(), o.converged ? "converged" : "NOT converged", o.cycles, o.points,
         o.gradients, o.largest_gradient);
   }
   if (point.mp2) {
     const host::Mp2Result& m = *point.mp2;
-    std::printf("norvik: E(MP2) = %.9f hartree (E(2) = %.9f hartree, %s)\n",
-                m.total / host::kHartreeEv, m.correction / host::kHartreeEv,
-                m.frozen_core ? "frozen core" : "all electrons");
+    say(said, "E(MP2) = %.9f hartree (E(2) = %.9f hartree, %s)", m.total / host::kHartreeEv,
+        m.correction / host::kHartreeEv, m.frozen_core ? "frozen core" : "all electrons");
   }
   if (point.vibrations) {
     const host::VibrationResult& v = *point.vibrations;
-    std::printf(
-        "norvik: %d vibrational modes (%d imaginary), zero-point energy %.6f eV, "
-        "G(298.15 K) = %.9f hartree\n",
+    say(said,
+        "%d vibrational modes (%d imaginary), zero-point energy %.6f eV, "
+        "G(298.15 K) = %.9f hartree",
         v.modes, v.imaginary, v.zero_point, v.gibbs / host::kHartreeEv);
   }
   if (point.excitations) {
     const host::ExcitationSummary& x = *point.excitations;
     if (x.skipped_for_memory) {
-      std::printf(
-          "norvik: the excited states were left out: their Davidson vectors need more memory than "
-          "the limit of parameter record 2 (%.2f GB); raise it or ask for fewer --states\n",
+      say(said,
+          "the excited states were left out: their Davidson vectors need more memory than "
+          "the limit of parameter record 2 (%.2f GB); raise it or ask for fewer --states",
           job.memory_gb);
     } else {
-      std::printf(
-          "norvik: %d excited states, lowest %.4f eV; strongest absorption f = %.4f at %.4f eV\n",
+      say(said, "%d excited states, lowest %.4f eV; strongest absorption f = %.4f at %.4f eV",
           x.states, x.lowest, x.strongest_strength, x.strongest);
     }
   }
-  int status = verdict(job, point);
+  int status = verdict(job, point, said);
   if (status == kSuccess && point.optimisation && !point.optimisation->converged) {
-    std::printf(
-        "norvik: the optimisation used up its %d cycles before it converged: raise the cycle "
+    say(said,
+        "the optimisation used up its %d cycles before it converged: raise the cycle "
         "count in record 6 of the molecule file (the last geometry is in the report and the "
-        "trajectory)\n",
+        "trajectory)",
         job.optimisation_cycles);
     status = kNotConverged;
   }
+  write_result_files(request, job, point, outputs, status, said, input_pos, started, setup_seconds);
   std::fflush(stdout);
   return status;
 }
@@ -380,6 +452,7 @@ Request parse(const std::vector<std::string>& args) {
   std::vector<std::string> positional;
   std::vector<std::string> xyz_problems;
   bool have_report = false, have_log = false, have_xyz = false;
+  bool have_json = false, have_molden = false;
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
     if (host::read_xyz_option(args, i, request.xyz_choices, xyz_problems)) {
@@ -392,6 +465,10 @@ Request parse(const std::vector<std::string>& args) {
       if (i + 1 == args.size()) fail(a + " needs a file name");
       have_xyz = true;
       request.xyz = args[++i];
+    } else if (a == "--json" || a == "--molden") {
+      if (i + 1 == args.size()) fail(a + " needs a file name");
+      (a == "--json" ? have_json : have_molden) = true;
+      (a == "--json" ? request.json : request.molden) = args[++i];
     } else if (a == "--vib") {
       if (i + 1 == args.size()) fail(a + " needs a name prefix");
       request.vib = args[++i];
@@ -485,6 +562,8 @@ Request parse(const std::vector<std::string>& args) {
   if (!have_xyz) {
     request.xyz = with_extension(request.molecule_file, from_xyz ? ".opt.xyz" : ".xyz");
   }
+  if (!have_json) request.json = with_extension(request.molecule_file, ".json");
+  if (!have_molden) request.molden = with_extension(request.molecule_file, ".molden");
   if (request.vib.empty()) request.vib = with_extension(request.molecule_file, "");
   if (request.cube_prefix.empty()) request.cube_prefix = with_extension(request.molecule_file, "");
   return request;
@@ -560,6 +639,8 @@ int run(const std::vector<std::string>& args) {
   check_name(request.report, path_length - host::kPartialSuffixLength, "report");
   check_name(request.log, path_length - host::kPartialSuffixLength, "run log");
   check_name(request.xyz, path_length - host::kPartialSuffixLength, "trajectory");
+  check_name(request.json, path_length - host::kPartialSuffixLength, "JSON result");
+  check_name(request.molden, path_length - host::kPartialSuffixLength, "molden file");
   check_name(request.vib + ".modes.molden", path_length - host::kPartialSuffixLength,
              "normal-mode file");
   for (const std::string& what : request.cubes) {
@@ -618,8 +699,11 @@ int run(const std::vector<std::string>& args) {
   // The outputs: never one of the inputs, started afresh under partial names.
   if (!facts.start_density.empty()) inputs.push_back({"start-density file", facts.start_density});
   // An optimisation also writes its path, one .xyz frame per cycle.
-  std::vector<host::OutputFile> outputs{host::output_file("report", "--report", request.report),
-                                        host::output_file("run log", "--log", request.log)};
+  std::vector<host::OutputFile> outputs{
+      host::output_file("report", "--report", request.report),
+      host::output_file("run log", "--log", request.log),
+      host::output_file("JSON result", "--json", request.json),
+      host::output_file("molden file", "--molden", request.molden)};
   if (facts.optimisation_cycles > 0) {
     outputs.push_back(host::output_file("trajectory", "--xyz", request.xyz));
   }

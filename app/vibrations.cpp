@@ -8,6 +8,7 @@
 #include <string>
 
 #include "hartree_fock.h"
+#include "molden.h"
 #include "norvik.h"
 
 namespace host {
@@ -92,36 +93,18 @@ void write_modes(const Job& job, std::size_t first, const std::vector<double>& w
       xyz << line << '\n';
     }
   }
-  // The molden form: wavenumbers, the geometry in bohr, the displacements and
-  // the infrared intensities.
-  std::ofstream molden(job.modes_molden_file, std::ios::binary);
-  molden << "[Molden Format]\n[FREQ]\n";
+  // The molden form: the same modes through the one molden writer.
+  Molden molden;
+  molden.atoms = molden_atoms(job);
+  MoldenModes m;
   for (std::size_t k = first; k < n3; ++k) {
-    std::snprintf(line, sizeof line, "%12.4f", wavenumbers[k]);
-    molden << line << '\n';
+    m.wavenumbers.push_back(wavenumbers[k]);
+    m.intensities.push_back(infrared[k]);
+    m.displacements.emplace_back(modes.begin() + static_cast<std::ptrdiff_t>(n3 * k),
+                                 modes.begin() + static_cast<std::ptrdiff_t>(n3 * (k + 1)));
   }
-  molden << "[FR-COORD]\n";
-  for (int a = 0; a < job.natom; ++a) {
-    std::snprintf(line, sizeof line, "%-2s %16.10f %16.10f %16.10f", symbol_of(job.zel[a]).c_str(),
-                  shown(job.pos[3 * a] / NORVIK_BOHR_ANGSTROM),
-                  shown(job.pos[3 * a + 1] / NORVIK_BOHR_ANGSTROM),
-                  shown(job.pos[3 * a + 2] / NORVIK_BOHR_ANGSTROM));
-    molden << line << '\n';
-  }
-  molden << "[FR-NORM-COORD]\n";
-  for (std::size_t k = first; k < n3; ++k) {
-    molden << "vibration " << k - first + 1 << '\n';
-    for (int a = 0; a < job.natom; ++a) {
-      std::snprintf(line, sizeof line, "%12.8f %12.8f %12.8f", shown(modes[3 * a + n3 * k]),
-                    shown(modes[3 * a + 1 + n3 * k]), shown(modes[3 * a + 2 + n3 * k]));
-      molden << line << '\n';
-    }
-  }
-  molden << "[INT]\n";
-  for (std::size_t k = first; k < n3; ++k) {
-    std::snprintf(line, sizeof line, "%14.6f", infrared[k]);
-    molden << line << '\n';
-  }
+  molden.modes = std::move(m);
+  write_molden(job.modes_molden_file, molden);
 }
 
 void write_spectrum(const std::vector<double>& wavenumbers, const std::vector<double>& lines,
@@ -243,6 +226,20 @@ VibrationResult run_vibrations(const Job& job, norvik_int n, const std::vector<d
   out.gibbs = emol + out.zero_point + energy[0] + energy[1] + energy[2] + kt -
               temperature * (entropy[0] + entropy[1] + entropy[2]);
 
+  for (std::size_t k = first; k < n3; ++k) {
+    out.wavenumbers.push_back(wavenumbers[k]);
+    out.infrared.push_back(infrared[k]);
+    if (out.raman) {
+      out.raman_activities.push_back(activity[k]);
+      out.depolarization.push_back(depol[k]);
+    }
+    out.displacements.emplace_back(modes.begin() + static_cast<std::ptrdiff_t>(n3 * k),
+                                   modes.begin() + static_cast<std::ptrdiff_t>(n3 * (k + 1)));
+  }
+  std::copy(alpha, alpha + 9, out.polarizability);
+  std::copy(energy, energy + 4, out.thermal);
+  std::copy(entropy, entropy + 3, out.entropy);
+  out.symmetry_number = sigma;
   write_modes(job, first, wavenumbers, modes, infrared);
   write_spectrum(wavenumbers, infrared, first, "km/mol", job.infrared_file);
   if (out.raman) write_spectrum(wavenumbers, activity, first, "A^4/amu", job.raman_file);

@@ -21,6 +21,18 @@ struct VibrationResult {
   double gibbs = 0.0;             // G at 298.15 K [eV]
   double largest_gradient = 0.0;  // at the analysed geometry [eV/A]
   bool raman = false;
+  // For the result files, one entry per vibration (the 3N-6 or 3N-5 modes,
+  // ascending): wavenumbers [cm-1, imaginary negative], infrared intensities
+  // [km/mol], Raman activities [A^4/amu] and depolarisation ratios (record 10 =
+  // 2), and the Cartesian displacements (3·natom each, as the library gives them).
+  std::vector<double> wavenumbers, infrared, raman_activities, depolarization;
+  std::vector<std::vector<double>> displacements;
+  double polarizability[9] = {};  // [A^3]
+  // Thermochemistry at 298.15 K and 101.325 kPa: thermal energies [eV]
+  // (translation, rotation, vibration without the zero-point energy, kT),
+  // entropies [eV/K] (translation, rotation, vibration), the symmetry number.
+  double thermal[4] = {}, entropy[3] = {};
+  int symmetry_number = 1;
 };
 
 // The analysis of the converged point rho (n, n, 2) with energy emol [eV], its

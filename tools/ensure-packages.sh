@@ -11,6 +11,9 @@ packages="cmake ninja-build g++ gfortran libgtest-dev libbenchmark-dev binutils 
 # python3-pytest and python3-distributed test the Python package and run its batches
 # on Dask (python/, docs/python.md).
 packages="$packages python3-pytest python3-distributed"
+# jmol and xvfb (xvfb-run) open the host's molden file headless (tests/results), a
+# slow test: only with --slow.
+[ "${1:-}" = "--slow" ] && packages="$packages jmol xvfb"
 missing=""
 for p in $packages; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"

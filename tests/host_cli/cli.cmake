@@ -45,8 +45,8 @@ endfunction()
 # Runs the host in WORK and checks: the exit status; that every text occurs in
 # its stream (no stderr at all for a status 0 or 3 without STDERR texts); that
 # every file that was in WORK before is byte for byte the same unless listed
-# in CHANGES (inputs and earlier reports survive); and that no file appeared
-# but those in CREATES.
+# in CHANGES (inputs and earlier reports survive); that no file appeared
+# but those in CREATES; and that every JSON result in WORK parses.
 function(run case)
   cmake_parse_arguments(PARSE_ARGV 1 R "" "STATUS;TIMEOUT" "ARGS;STDERR;STDOUT;CHANGES;CREATES")
   if(NOT R_TIMEOUT)
@@ -87,6 +87,17 @@ function(run case)
     string(REGEX REPLACE "\\|[0-9a-f]+$" "" name "${entry}")
     if(NOT name IN_LIST names_before AND NOT name IN_LIST R_CREATES)
       message(FATAL_ERROR "${case}: '${name}' appeared${said}")
+    endif()
+  endforeach()
+  # Every JSON result in place must parse.
+  foreach(entry IN LISTS after)
+    string(REGEX REPLACE "\\|[0-9a-f]+$" "" name "${entry}")
+    if(name MATCHES "\\.json$")
+      file(READ ${WORK}/${name} json)
+      string(JSON kind ERROR_VARIABLE bad TYPE "${json}")
+      if(bad OR NOT kind STREQUAL "OBJECT")
+        message(FATAL_ERROR "${case}: ${name} is no JSON object: ${bad}")
+      endif()
     endif()
   endforeach()
 endfunction()

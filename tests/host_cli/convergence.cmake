@@ -3,12 +3,18 @@
 # cycles was asked for (both thresholds 0).  The report and log of a run that
 # ended with status 3 are in place: it is a result, with its note.
 include(${CMAKE_CURRENT_LIST_DIR}/cli.cmake)
-set(outputs CREATES water.report water.log CHANGES water.report water.log)
+set(outputs CREATES water.report water.log water.json water.molden
+            CHANGES water.report water.log water.json water.molden)
 
 parameters(three.par hf.par 6 "64 3")
 run(out_of_cycles STATUS 3 ARGS run water.mol three.par ${outputs}
     STDOUT "norvik: SCF not converged in 3 cycles (last energy change"
-           "raise the molecule's iteration limit in record 6" "report written to water.report")
+           "raise the molecule's iteration limit in record 6" "report written to water.report"
+           "JSON result written to water.json")
+# A run that did not converge is a result too: its JSON says so.
+expect_in(water.json "  \"success\": false,\n  \"status\": 3,\n")
+expect_in(water.json "\"SCF not converged in 3 cycles (last energy change")
+expect_in(water.json "\"scf_converged\": false,")
 
 parameters(fixed.par hf.par 6 "64 5")
 parameters(fixed.par fixed.par 10 "1.0e-6 0")

@@ -18,5 +18,5 @@ file(WRITE ${WORK}/helium.mol "${head}${atoms}Kr 100.0 100.0 100.0\n")
 run(atoms_1001 STATUS 1 ARGS run helium.mol
     STDOUT "job 'water': 1001 atoms, 1018 + 1018 electrons"
     STDERR " Zatom exceed limit in ZatmNSHL_631TG."
-    CREATES helium.report.partial helium.log.partial)
+    CREATES helium.report.partial helium.log.partial helium.json.partial helium.molden.partial)
 expect_in(helium.report.partial "#  Number of atoms: 1001")

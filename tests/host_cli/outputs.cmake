@@ -48,3 +48,20 @@ run(report_to_folder STATUS 2 ARGS run water.mol --report sub
     STDERR "the report 'sub' exists and is not a regular file")
 run(missing_folder STATUS 2 ARGS run water.mol --log no-such/x.log
     STDERR "cannot write the partial run log 'no-such/x.log.partial'")
+
+# The result files: checked like the report, and named by --json and --molden.
+run(json_names_molecule STATUS 2 ARGS run water.mol --json water.mol
+    STDERR "the JSON result 'water.mol' would overwrite the molecule file 'water.mol'"
+           "name another file with --json")
+run(molden_is_report STATUS 2 ARGS run water.mol --molden water.report
+    STDERR "the report 'water.report' and the molden file 'water.report' are one file")
+run(json_needs_name STATUS 2 ARGS run water.mol --json STDERR "--json needs a file name")
+run(named_results STATUS 0 ARGS run water.mol --json sub/r.json --molden sub/r.molden
+    STDOUT "JSON result written to sub/r.json" "molden file written to sub/r.molden"
+    CREATES water.report water.log)
+foreach(f sub/r.json sub/r.molden)
+  if(NOT EXISTS ${WORK}/${f})
+    message(FATAL_ERROR "named_results: no ${f}")
+  endif()
+endforeach()
+expect_in(sub/r.json "\"molden\": \"sub/r.molden\"")

@@ -15,15 +15,17 @@ run(bad_step STATUS 2 ARGS run w.mol --cube homo --cube-step 0 STDERR "--cube-st
 file(WRITE ${WORK}/w.homo-5.cube "an earlier cube\n")
 run(no_such_orbital STATUS 2 ARGS run w.mol --cube homo-5
     STDERR "--cube homo-5: the molecule has orbitals 1 to 7 (HOMO 5)" "nothing was computed"
-    CREATES w.report.partial w.log.partial w.homo-5.cube.partial)
+    CREATES w.report.partial w.log.partial w.json.partial w.molden.partial w.homo-5.cube.partial)
 file(REMOVE ${WORK}/w.homo-5.cube ${WORK}/w.report.partial ${WORK}/w.log.partial
-     ${WORK}/w.homo-5.cube.partial)
+     ${WORK}/w.json.partial ${WORK}/w.molden.partial ${WORK}/w.homo-5.cube.partial)
 
 # A coarse box keeps the files small: 0.5 A steps, at most 4000 points.
 run(cubes STATUS 0 ARGS run shells.mol --orbitals --cube homo,lumo+1,density,3 --cube-prefix pic
     --cube-step 0.5 --cube-points 4000
     STDOUT "cube homo written to pic.homo.cube" "cube density written to pic.density.cube"
-    CREATES shells.report shells.log pic.homo.cube pic.lumo+1.cube pic.density.cube pic.3.cube)
+    CREATES shells.report shells.log shells.json shells.molden pic.homo.cube pic.lumo+1.cube
+            pic.density.cube pic.3.cube)
+expect_in(shells.json "\"cubes\": [\n      {\n        \"what\": \"homo\",\n        \"path\": \"pic.homo.cube\"\n      },")
 expect_in(pic.homo.cube "water\nnorvik orbital 5 (alpha) [bohr**-3/2]\n   -3")
 expect_in(pic.lumo+1.cube "\n    1    7\n")
 expect_in(pic.density.cube "water\nnorvik total density [e/bohr**3]\n    3")
@@ -41,5 +43,5 @@ if(CMAKE_MATCH_1 GREATER 16)
 endif()
 
 run(all_orbitals STATUS 0 ARGS run w.mol --orbitals all --report all.report --log all.log
-    CREATES all.report all.log)
+    CREATES all.report all.log w.json w.molden)
 expect_in(all.report "#  Molecular orbitals: energies [eV] and LCAO coefficients")
