@@ -116,7 +116,7 @@ def test_bad_input_raises_with_the_hosts_words(real_host, tmp_path):
 
 
 def test_optimisation_and_frequencies_fill_the_result(real_host, tmp_path):
-    r = norvik.run(WATER, method="HF", basis="3-21G", opt=True, freq=True, threads=2,
+    r = norvik.run(WATER, method="HF", basis="3-21G", opt=True, freq=True, threads=1,
                    workdir=tmp_path)
     assert r.success and r.driver == "frequency" and r.optimization.converged
     natom = 3
