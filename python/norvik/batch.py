@@ -105,36 +105,36 @@ def collect_jobs(paths: list[str]) -> list[dict]:
 # ---- one job, on a worker ---------------------------------------------------------
 
 
-def run_one(spec: dict) -> dict:
+def run_one(task: dict) -> dict:
     """Runs one job in its folder; never raises (a failure is a record)."""
     start = time.perf_counter()
-    record = {"name": spec["name"], "input": spec["input"], "folder": spec["folder"],
+    record = {"name": task["name"], "input": task["input"], "folder": task["folder"],
               "status": None, "state": "error", "energy": None, "json": None, "message": ""}
     try:
-        folder = spec["folder"]
+        folder = task["folder"]
         os.makedirs(folder, exist_ok=True)
-        local = spec["name"] + "." + spec["kind"]
-        shutil.copyfile(spec["input"], os.path.join(folder, local))
-        args = [spec["host"], "run", local]
-        if spec.get("parameters"):
-            par = spec["name"] + ".par"
-            shutil.copyfile(spec["parameters"], os.path.join(folder, par))
+        local = task["name"] + "." + task["kind"]
+        shutil.copyfile(task["input"], os.path.join(folder, local))
+        args = [task["host"], "run", local]
+        if task.get("parameters"):
+            par = task["name"] + ".par"
+            shutil.copyfile(task["parameters"], os.path.join(folder, par))
             args.append(par)
-        args += spec["xyz_options"] if spec["kind"] == "xyz" else []
-        args += spec["host_options"]
+        args += task["xyz_options"] if task["kind"] == "xyz" else []
+        args += task["host_options"]
         env = dict(os.environ)
-        env["OMP_NUM_THREADS"] = str(spec["threads"])
+        env["OMP_NUM_THREADS"] = str(task["threads"])
         proc = subprocess.run(args, cwd=folder, capture_output=True, text=True, env=env,
-                              errors="replace", timeout=spec.get("timeout"))
+                              errors="replace", timeout=task.get("timeout"))
         for stream, text in (("stdout", proc.stdout), ("stderr", proc.stderr)):
-            with open(os.path.join(folder, f"{spec['name']}.{stream}"), "w",
+            with open(os.path.join(folder, f"{task['name']}.{stream}"), "w",
                       encoding="utf-8") as f:
                 f.write(text)
         status = proc.returncode
         record["status"] = status
         record["state"] = STATES.get(status, f"signal {-status}" if status < 0 else
                                      f"status {status}")
-        json_path = os.path.join(folder, spec["name"] + ".json")
+        json_path = os.path.join(folder, task["name"] + ".json")
         if os.path.isfile(json_path):
             record["json"] = json_path
             with open(json_path, encoding="utf-8") as f:
@@ -147,7 +147,7 @@ def run_one(spec: dict) -> dict:
             record["message"] = failure_message(status, proc.stdout, proc.stderr)
     except subprocess.TimeoutExpired:
         record["state"] = "timed out"
-        record["message"] = f"stopped after {spec.get('timeout')} s"
+        record["message"] = f"stopped after {task.get('timeout')} s"
     except Exception as e:  # a worker-side failure is this job's, not the batch's
         record["message"] = f"{type(e).__name__}: {e}"
     record["wall_time"] = time.perf_counter() - start
@@ -168,7 +168,7 @@ def _package_parent() -> str:
     return os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
 
-def run_batch(specs: list[dict], workers: int, scheduler: str | None, progress,
+def run_batch(tasks: list[dict], workers: int, scheduler: str | None, progress,
               times: dict | None = None) -> list[dict]:
     """Runs the jobs on the cluster; ``times`` receives the seconds spent
     starting the cluster, running the jobs and closing it."""
@@ -198,11 +198,11 @@ def run_batch(specs: list[dict], workers: int, scheduler: str | None, progress,
         cluster = LocalCluster(n_workers=workers, threads_per_worker=1, processes=True,
                                dashboard_address=None, silence_logs=logging.CRITICAL)
         client = Client(cluster)
-    records: list[dict | None] = [None] * len(specs)
+    records: list[dict | None] = [None] * len(tasks)
     times["cluster_start"] = time.perf_counter() - clock
     clock = time.perf_counter()
     try:
-        futures = client.map(run_one, specs, pure=False)
+        futures = client.map(run_one, tasks, pure=False)
         index = {f.key: k for k, f in enumerate(futures)}
         done = 0
         for future in as_completed(futures):
@@ -210,13 +210,13 @@ def run_batch(specs: list[dict], workers: int, scheduler: str | None, progress,
             try:
                 record = future.result()
             except Exception as e:  # the worker itself died
-                record = {"name": specs[k]["name"], "input": specs[k]["input"],
-                          "folder": specs[k]["folder"], "status": None, "state": "error",
+                record = {"name": tasks[k]["name"], "input": tasks[k]["input"],
+                          "folder": tasks[k]["folder"], "status": None, "state": "error",
                           "energy": None, "json": None, "wall_time": None,
                           "message": f"{type(e).__name__}: {e}"}
             records[k] = record
             done += 1
-            progress(done, len(specs), record)
+            progress(done, len(tasks), record)
     finally:
         times["jobs"] = time.perf_counter() - clock
         clock = time.perf_counter()
@@ -306,7 +306,7 @@ def batch(argv: list[str]) -> int:
     threads = a.threads or (1 if a.scheduler else max(1, cores // workers))
     out = os.path.abspath(a.out)
     os.makedirs(out, exist_ok=True)
-    specs = [dict(job, folder=os.path.join(out, job["name"]), host=host, threads=threads,
+    tasks = [dict(job, folder=os.path.join(out, job["name"]), host=host, threads=threads,
                   timeout=a.timeout, xyz_options=_xyz_options(a, threads),
                   host_options=host_args) for job in jobs]
 
@@ -320,11 +320,11 @@ def batch(argv: list[str]) -> int:
 
     where = a.scheduler or f"a local cluster of {workers} workers"
     if not a.quiet:
-        print(f"norvik: {len(specs)} jobs on {where}, {threads} thread(s) per job, "
+        print(f"norvik: {len(tasks)} jobs on {where}, {threads} thread(s) per job, "
               f"into {out}", file=sys.stderr, flush=True)
     start = time.perf_counter()
     times: dict = {}
-    records = run_batch(specs, workers, a.scheduler, progress, times)
+    records = run_batch(tasks, workers, a.scheduler, progress, times)
     wall = time.perf_counter() - start
     failed = [r for r in records if r["status"] != 0]
     with open(os.path.join(out, "batch.json"), "w", encoding="utf-8") as f:
