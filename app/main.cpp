@@ -5,6 +5,7 @@
 //   norvik run FILE.xyz [--method M] [--basis B] [--charge Q] [--mult M] [--opt [N]] ...
 //   norvik check FILE...
 //   norvik --version
+//   norvik batch JOBS... (the Python package's batch runner, python_batch.h)
 //
 // Checks the input files and the output names, runs the job through the library
 // with the report and the run log under partial names, and renames them into
@@ -36,6 +37,7 @@
 #include "output_files.h"
 #include "plots.h"
 #include "progress.h"
+#include "python_batch.h"
 #include "view.h"
 #include "xyz_input.h"
 
@@ -110,7 +112,8 @@ void usage(std::ostream& out) {
          "  --molden FILE   geometry, basis, orbitals and normal modes for viewers such as\n"
          "                  Jmol and Molden (default: with .molden)\n"
          "  --html FILE     the results as one web page for a browser (molecule, orbitals,\n"
-         "                  optimisation path, modes and spectra; default: with .html)\n"
+         "                  optimisation path, modes and spectra; default: the JSON\n"
+         "                  result's name with .html)\n"
          "\n"
          "An .xyz input (atom count, title line, then symbol x y z [A] per atom) takes:\n"
          "  --method M      HF (default), MP2, RPA, TDA or a functional (B3LYP, BLYP, SVWN5, ...)\n"
@@ -128,6 +131,7 @@ void usage(std::ostream& out) {
          "  norvik check FILE...   checks input files and runs nothing (norvik check --help)\n"
          "  norvik view RESULT.json  the result file of a run as a web page (norvik view --help)\n"
          "  norvik --version       the version\n"
+         "  norvik batch JOBS...   many jobs on a Dask cluster (norvik batch --help)\n"
          "\n"
          "The host checks both input files before the job starts.  The job writes the\n"
          "report and the log as FILE.partial; they replace FILE when the job has a result.\n"
@@ -569,8 +573,11 @@ Request parse(const std::vector<std::string>& args) {
     request.xyz = with_extension(request.molecule_file, from_xyz ? ".opt.xyz" : ".xyz");
   }
   if (!have_json) request.json = with_extension(request.molecule_file, ".json");
-  if (!have_html) request.html = with_extension(request.molecule_file, ".html");
+
   if (!have_molden) request.molden = with_extension(request.molecule_file, ".molden");
+  // The page goes beside the result file it is made from.
+  if (!have_html)
+    request.html = std::filesystem::path(request.json).replace_extension(".html").string();
   if (request.vib.empty()) request.vib = with_extension(request.molecule_file, "");
   if (request.cube_prefix.empty()) request.cube_prefix = with_extension(request.molecule_file, "");
   return request;
@@ -864,6 +871,7 @@ int main(int argc, char** argv) {
   }
   if (args[0] == "check") return host::check_command({args.begin() + 1, args.end()});
   if (args[0] == "view") return view_command({args.begin() + 1, args.end()});
+  if (args[0] == "batch") return host::run_python_batch({args.begin() + 1, args.end()});
   if (args[0] != "run") fail("unknown command '" + args[0] + "' (see norvik --help)");
   return run({args.begin() + 1, args.end()});
 }

@@ -8,6 +8,9 @@ set -eu
 # the Windows DLL and run it (tests/windows).  bsdutils has script, which gives the
 # progress test (tests/host_cli/progress.cmake) a pseudo-terminal.
 packages="cmake ninja-build g++ gfortran libgtest-dev libbenchmark-dev binutils python3 python3-mpmath python3-numpy clang-format clang libclang-rt-14-dev libomp-14-dev g++-mingw-w64-x86-64-posix wine64 bsdutils"
+# python3-pytest and python3-distributed test the Python package and run its batches
+# on Dask (python/, docs/python.md).
+packages="$packages python3-pytest python3-distributed"
 # jmol and xvfb (xvfb-run) open the host's molden file headless (tests/results), a
 # slow test: only with --slow.
 [ "${1:-}" = "--slow" ] && packages="$packages jmol xvfb"

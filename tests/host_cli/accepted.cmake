@@ -10,7 +10,7 @@ file(WRITE ${WORK}/free_format.log "an earlier log\n")
 run(free_format STATUS 0 ARGS run free_format.mol free_format.par
     STDOUT "job 'water molecule': 3 atoms, 5 + 5 electrons" "E(RHF) = -76.022611061 hartree"
            "report written to free_format.report"
-    CHANGES free_format.report free_format.log CREATES free_format.json free_format.molden)
+    CHANGES free_format.report free_format.log CREATES free_format.json free_format.molden free_format.html)
 expect_in(free_format.report "Molecule: water molecule")
 expect_in(free_format.log "# iopt isrc iscf")
 
@@ -18,5 +18,5 @@ expect_in(free_format.log "# iopt isrc iscf")
 # both (and must still parse, which every run checks).
 variant(quoted.mol water.mol "\nwater 0\n" "\n'wa\"t\\er' 0\n")
 run(quoted_name STATUS 0 ARGS run quoted.mol
-    CREATES quoted.report quoted.log quoted.json quoted.molden)
+    CREATES quoted.report quoted.log quoted.json quoted.molden quoted.html)
 expect_in(quoted.json "\"name\": \"wa\\\"t\\\\er\",")

@@ -3,8 +3,8 @@
 # cycles was asked for (both thresholds 0).  The report and log of a run that
 # ended with status 3 are in place: it is a result, with its note.
 include(${CMAKE_CURRENT_LIST_DIR}/cli.cmake)
-set(outputs CREATES water.report water.log water.json water.molden
-            CHANGES water.report water.log water.json water.molden)
+set(outputs CREATES water.report water.log water.json water.molden water.html
+            CHANGES water.report water.log water.json water.molden water.html)
 
 parameters(three.par hf.par 6 "64 3")
 run(out_of_cycles STATUS 3 ARGS run water.mol three.par ${outputs}

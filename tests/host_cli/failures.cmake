@@ -38,7 +38,7 @@ expect_in(water.log.partial "# iopt isrc iscf")
 run(success STATUS 0 ARGS run water.mol ${names}
     STDOUT "E(RHF) = -76.022611061 hartree" "report written to water.report"
     CHANGES water.report water.log water.report.partial water.log.partial
-    CREATES water.json water.molden)
+    CREATES water.json water.molden water.html)
 foreach(gone water.report.partial water.log.partial)
   if(EXISTS ${WORK}/${gone})
     message(FATAL_ERROR "${gone} is left after a successful run")

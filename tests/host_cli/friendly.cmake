@@ -123,7 +123,7 @@ run(xyz_job STATUS 0
     STDOUT "norvik: HF / STO-3G job 'water': 3 atoms" "molecule file written to water.mol"
            "parameter file written to water.par" "trajectory written to water.opt.xyz"
     CREATES water.report water.log water.mol water.par water.opt.xyz water.modes.xyz
-            water.modes.molden water.ir.dat water.json water.molden)
+            water.modes.molden water.ir.dat water.json water.molden water.html)
 same_as(water.mol ${expected}/water.mol)
 same_as(water.par ${expected}/water.par)
 expect_in(water.report "#  Mulliken")
@@ -133,7 +133,7 @@ file(RENAME ${WORK}/water.report ${WORK}/first.report)
 # untouched (a repeat writes its trajectory to water.opt.xyz as well).
 run(repeat STATUS 0 ARGS run water.mol water.par
     CHANGES water.log water.opt.xyz water.modes.xyz water.modes.molden water.ir.dat water.json
-            water.molden
+            water.molden water.html
     CREATES water.report)
 same_as(water.report ${WORK}/first.report)
 
@@ -149,13 +149,13 @@ expect_in(water.mol.partial "(norvik run kr.xyz --basis 6-31+G --report water.re
 file(REMOVE ${WORK}/water.report.partial ${WORK}/water.log.partial ${WORK}/water.mol.partial
      ${WORK}/water.par.partial ${WORK}/water.json.partial ${WORK}/water.molden.partial)
 run(replace STATUS 0 ARGS run water.xyz --basis STO-3G
-    CHANGES water.report water.log water.mol water.par water.json water.molden)
+    CHANGES water.report water.log water.mol water.par water.json water.molden water.html)
 expect_in(water.mol "\nwater 0\n")
 # The written parameter file holds the built-in settings: a molecule-file job
 # without one gives the same report.
 variant(sto.mol ex.mol "6-31Gxx" "STO-3G")
 run(built_in_settings STATUS 0 ARGS run sto.mol CREATES sto.report sto.log sto.json
-    sto.molden)
+    sto.molden sto.html)
 same_as(sto.report ${WORK}/water.report)
 
 # A header-less .xyz file, symbols in any letter case or atomic numbers, the
@@ -164,11 +164,11 @@ same_as(sto.report ${WORK}/water.report)
 file(WRITE ${WORK}/oh.xyz "o 0 0 0\n1 0 0 0.97\n")
 file(MAKE_DIRECTORY ${WORK}/sub)
 run(header_less STATUS 0 ARGS run oh.xyz --basis STO-3G --report "sub/o h.report"
-    STDOUT "E(UHF)" "molecule file written to sub/o h.mol" CREATES "o h.log" "o h.json" "o h.molden")
+    STDOUT "E(UHF)" "molecule file written to sub/o h.mol" CREATES "o h.log" "o h.json" "o h.molden" "o h.html")
 same_as("sub/o h.mol" ${expected}/oh.mol)
 
 # A Kohn-Sham job writes the parameter file in the Kohn-Sham layout.
 file(WRITE ${WORK}/h2.xyz "2\nhydrogen\nH 0 0 0\nH 0 0 0.74\n")
 run(kohn_sham STATUS 0 ARGS run h2.xyz --method b3lyp --basis STO-3G --threads 1 --memory 0.5
-    STDOUT "E(RKS)" CREATES h2.report h2.log h2.mol h2.par h2.json h2.molden)
+    STDOUT "E(RKS)" CREATES h2.report h2.log h2.mol h2.par h2.json h2.molden h2.html)
 same_as(h2.par ${expected}/h2.par)

@@ -3,7 +3,7 @@
 # under the same limit is stopped by the library in its first cycle, with the
 # note in the partial report.
 include(${CMAKE_CURRENT_LIST_DIR}/cli.cmake)
-set(outputs CREATES water.report water.log mp2.json mp2.molden)
+set(outputs CREATES water.report water.log mp2.json mp2.molden mp2.html)
 variant(mp2.mol water.mol "\nHF\n" "\nMP2\n")
 parameters(small.par hf.par 2 "1.0e-4")
 run(batched STATUS 0 ARGS run mp2.mol small.par --frozen-core --report water.report --log water.log

@@ -23,7 +23,7 @@ file(REMOVE ${WORK}/w.homo-5.cube ${WORK}/w.report.partial ${WORK}/w.log.partial
 run(cubes STATUS 0 ARGS run shells.mol --orbitals --cube homo,lumo+1,density,3 --cube-prefix pic
     --cube-step 0.5 --cube-points 4000
     STDOUT "cube homo written to pic.homo.cube" "cube density written to pic.density.cube"
-    CREATES shells.report shells.log shells.json shells.molden pic.homo.cube pic.lumo+1.cube
+    CREATES shells.report shells.log shells.json shells.molden shells.html pic.homo.cube pic.lumo+1.cube
             pic.density.cube pic.3.cube)
 expect_in(shells.json "\"cubes\": [\n      {\n        \"what\": \"homo\",\n        \"path\": \"pic.homo.cube\"\n      },")
 expect_in(pic.homo.cube "water\nnorvik orbital 5 (alpha) [bohr**-3/2]\n   -3")
@@ -43,5 +43,5 @@ if(CMAKE_MATCH_1 GREATER 16)
 endif()
 
 run(all_orbitals STATUS 0 ARGS run w.mol --orbitals all --report all.report --log all.log
-    CREATES all.report all.log w.json w.molden)
+    CREATES all.report all.log w.json w.molden w.html)
 expect_in(all.report "#  Molecular orbitals: energies [eV] and LCAO coefficients")

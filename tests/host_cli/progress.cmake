@@ -54,7 +54,7 @@ endif()
 # Without the option and with standard error in a pipe: nothing on standard
 # error (run checks it) and the very same report and log.
 run(quiet STATUS 0 ARGS run w.mol --report q.report --log q.log --xyz q.xyz --vib q
-    CHANGES w.json w.molden
+    CHANGES w.json w.molden w.html
     CREATES ${outputs} q.report q.log q.xyz q.modes.xyz q.modes.molden q.ir.dat)
 foreach(kind report log xyz)
   file(SHA256 ${WORK}/w.${kind} with)
@@ -95,4 +95,4 @@ parameters(three.par hf.par 6 "64 3")
 run(single_point STATUS 3 ARGS run water.mol three.par --progress
     STDERR "SCF cycle 3, E -20" ", dE -" ", RMS density change " "${clear}"
     STDOUT "norvik: SCF not converged in 3 cycles" CREATES water.report water.log water.json
-    water.molden)
+    water.molden water.html)
