@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "json_writer.h"
+
 namespace host::json {
 
 const Value* Value::find(std::string_view key) const {
@@ -273,49 +275,21 @@ Value parse(std::string_view text) {
 }
 
 std::string quoted(std::string_view text) {
+  // The writer's escapes, then the two sequences an HTML script element ends on
+  // or hides behind; neither can arise from an escape itself.
+  const std::string plain = json_quoted(std::string(text));
   std::string out;
-  out.reserve(text.size() + text.size() / 16 + 2);
-  out += '"';
-  for (std::size_t k = 0; k < text.size(); ++k) {
-    const char c = text[k];
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      case '<':
-        if (text.substr(k, 4) == "<!--") {
-          out += "\\u003c";
-        } else {
-          out += c;
-          if (k + 1 < text.size() && text[k + 1] == '/') {
-            out += "\\/";
-            ++k;
-          }
-        }
-        break;
-      default:
-        if (static_cast<unsigned char>(c) < 0x20) {
-          char code[8];
-          std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(c));
-          out += code;
-        } else {
-          out += c;
-        }
+  out.reserve(plain.size() + 8);
+  for (std::size_t k = 0; k < plain.size(); ++k) {
+    if (plain[k] == '<' && plain.compare(k, 4, "<!--") == 0) {
+      out += "\\u003c";
+    } else if (plain[k] == '<' && k + 1 < plain.size() && plain[k + 1] == '/') {
+      out += "<\\/";
+      ++k;
+    } else {
+      out += plain[k];
     }
   }
-  out += '"';
   return out;
 }
 

@@ -12,5 +12,6 @@ add_test(NAME viewer.browser
 set_tests_properties(viewer.cli PROPERTIES TIMEOUT 120)
 set_tests_properties(viewer.browser PROPERTIES LABELS viewer TIMEOUT 180)
 # The host's JSON reader, compiled into the folder's gtest executable.
-target_sources(test_viewer PRIVATE ${PROJECT_SOURCE_DIR}/app/json_reader.cpp)
+target_sources(test_viewer PRIVATE ${PROJECT_SOURCE_DIR}/app/json_reader.cpp
+                                   ${PROJECT_SOURCE_DIR}/app/json_writer.cpp)
 target_include_directories(test_viewer PRIVATE ${PROJECT_SOURCE_DIR}/app)
