@@ -177,44 +177,53 @@ var norvikOrbitals = (function () {
 
   // The orbital of coefficients `coefficients` at every point of `g`, in cube
   // order (the first axis slowest): a Float64Array [bohr^-3/2].  Each shell is
-  // summed only over the points near enough its atom for it to matter there,
-  // and each primitive only where it is not negligible.
+  // summed only over the points near enough its atom for it to matter there.
+  // A Gaussian factorises, e^(−a r²) = e^(−a dx²) e^(−a dy²) e^(−a dz²), so the
+  // exponentials are taken once per primitive along each axis of the box and
+  // the points need only products.
   function evaluate(basis, coefficients, g) {
-    var nx = g.counts[0], ny = g.counts[1], nz = g.counts[2], h = g.step;
-    var values = new Float64Array(nx * ny * nz);
+    var ny = g.counts[1], nz = g.counts[2], h = g.step;
+    var values = new Float64Array(g.counts[0] * ny * nz);
     var px = [1, 0, 0, 0], py = [1, 0, 0, 0], pz = [1, 0, 0, 0];
     basis.shells.forEach(function (s) {
       var weights = s.components.map(function (e, m) { return coefficients[s.first + m] * s.scale[m]; });
       var largest = Math.max.apply(null, weights.map(Math.abs));
       if (!(largest > 0)) return;
-      // Primitive p matters while |w c_p| e^(−a r²) > kNegligible, i.e. for a r²
-      // below limit[p]; the shell's reach is the widest of them.  The factor r^l
-      // is left out: at the reach it is below 10³ even for f.
-      var limits = s.exponents.map(function (a, p) {
-        return Math.max(0, Math.log(largest * Math.abs(s.coefficients[p]) / kNegligible));
-      });
+      // Primitive p matters while |w c_p| e^(−a r²) > kNegligible; the shell
+      // reaches as far as its widest primitive.  The factor r^l is left out: at
+      // the reach it is below 10³ even for f.
       var reach2 = 0;
-      s.exponents.forEach(function (a, p) { reach2 = Math.max(reach2, limits[p] / a); });
-      if (reach2 === 0) return;
+      s.exponents.forEach(function (a, p) {
+        reach2 = Math.max(reach2, Math.log(largest * Math.abs(s.coefficients[p]) / kNegligible) / a);
+      });
+      if (!(reach2 > 0)) return;
       var reach = Math.sqrt(reach2), c = s.centre;
       var first = [0, 1, 2].map(function (k) { return Math.max(0, Math.ceil((c[k] - reach - g.origin[k]) / h)); });
       var last = [0, 1, 2].map(function (k) { return Math.min(g.counts[k] - 1, Math.floor((c[k] + reach - g.origin[k]) / h)); });
+      // offsets[k][n]: the distance from the centre along axis k of the n-th
+      // point of the shell's part of the box; factors[p][k][n] its exponential.
+      var offsets = [0, 1, 2].map(function (k) {
+        var d = [];
+        for (var n = first[k]; n <= last[k]; ++n) d.push(g.origin[k] + n * h - c[k]);
+        return d;
+      });
+      var factors = s.exponents.map(function (a) {
+        return offsets.map(function (d) { return Float64Array.from(d, function (x) { return Math.exp(-a * x * x); }); });
+      });
       var nprim = s.exponents.length, l = s.l, comps = s.components, ncomp = comps.length;
-      for (var i = first[0]; i <= last[0]; ++i) {
-        var dx = g.origin[0] + i * h - c[0];
-        for (var j = first[1]; j <= last[1]; ++j) {
-          var dy = g.origin[1] + j * h - c[1];
-          var row = (i * ny + j) * nz;
-          for (var k = first[2]; k <= last[2]; ++k) {
-            var dz = g.origin[2] + k * h - c[2];
-            var r2 = dx * dx + dy * dy + dz * dz;
-            if (r2 > reach2) continue;
+      var xy = new Float64Array(nprim);
+      for (var i = 0; i <= last[0] - first[0]; ++i) {
+        var dx = offsets[0][i];
+        for (var j = 0; j <= last[1] - first[1]; ++j) {
+          var dy = offsets[1][j];
+          if (dx * dx + dy * dy > reach2) continue;
+          for (var p = 0; p < nprim; ++p) xy[p] = s.coefficients[p] * factors[p][0][i] * factors[p][1][j];
+          var row = ((first[0] + i) * ny + first[1] + j) * nz + first[2];
+          for (var k = 0; k <= last[2] - first[2]; ++k) {
+            var dz = offsets[2][k];
+            if (dx * dx + dy * dy + dz * dz > reach2) continue;
             var radial = 0;
-            for (var p = 0; p < nprim; ++p) {
-              var x = s.exponents[p] * r2;
-              if (x < limits[p]) radial += s.coefficients[p] * Math.exp(-x);
-            }
-            if (radial === 0) continue;
+            for (p = 0; p < nprim; ++p) radial += xy[p] * factors[p][2][k];
             var angular = weights[0];
             if (l > 0) {
               for (var e = 1; e <= l; ++e) { px[e] = px[e - 1] * dx; py[e] = py[e - 1] * dy; pz[e] = pz[e - 1] * dz; }

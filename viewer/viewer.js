@@ -912,7 +912,13 @@
     draw("check", function () {
       if (stage.viewer) {
         var shown = stage.surface;
-        orbitalChoices.forEach(function (o) { showSurface(o.key); });
+        // Every offered orbital is computed, but only the HOMO and LUMO of
+        // each spin are drawn: the drawing is the same for all, and each
+        // picture costs a quarter of a second where WebGL runs in software.
+        orbitalChoices.forEach(function (o) {
+          orbitalValues(o.key);
+          if (/^(HOMO|LUMO)( |$)/.test(o.name)) showSurface(o.key);
+        });
         cubes.forEach(function (c, k) { if (!c.problem) showCube(k); });
         if (optimisation) {
           optimisation.play();
