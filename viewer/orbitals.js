@@ -190,8 +190,8 @@ var norvikOrbitals = (function () {
       var largest = Math.max.apply(null, weights.map(Math.abs));
       if (!(largest > 0)) return;
       // Primitive p matters while |w c_p| e^(−a r²) > kNegligible; the shell
-      // reaches as far as its widest primitive.  The factor r^l is left out: at
-      // the reach it is below 10³ even for f.
+      // reaches as far as its widest primitive.  The factor r^l is left out:
+      // what it leaves beyond the reach stays below 1e-5 even for f.
       var reach2 = 0;
       s.exponents.forEach(function (a, p) {
         reach2 = Math.max(reach2, Math.log(largest * Math.abs(s.coefficients[p]) / kNegligible) / a);

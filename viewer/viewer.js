@@ -162,7 +162,7 @@
 
   // Orbitals HOMO−4 … LUMO+4 of each spin are offered, highest first; the page
   // evaluates one when it is first shown, on a box 3.5 Å beyond the atoms with
-  // at most 150 000 points (about 0.15 Å apart for water, 0.1 s an orbital).
+  // at most 150 000 points (about 0.15 Å apart for water, 30 ms an orbital).
   var kOrbitalWindow = 4;
   var kOrbitalMargin = 3.5;  // [Å]
   var kOrbitalPoints = 150000;
