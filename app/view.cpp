@@ -1,5 +1,5 @@
 // The result page: the template viewer/page.html with its markers filled in from
-// the embedded assets, the result file and its cube files.
+// the embedded assets, the result file, its cube files and its molden file.
 #include "view.h"
 
 #include <algorithm>

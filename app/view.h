@@ -1,7 +1,8 @@
 // `norvik view`: the result of a run as one self-contained HTML page
-// (docs/viewer.md).  The page carries the result file verbatim, the cube files it
-// lists, the page's own script and style and the 3Dmol.js library; it needs no
-// server and no network.
+// (docs/viewer.md).  The page carries the result file verbatim, the cube files and
+// the molden file it lists (whose orbitals the page computes itself), the page's
+// own scripts and style and the 3Dmol.js library; it needs no server and no
+// network.
 #pragma once
 
 #include <cstdint>
