@@ -1,7 +1,9 @@
 // The result page: the template viewer/page.html with its markers filled in from
-// the embedded assets, the result file and its cube files.
+// the embedded assets, the result file, its cube files and its molden file.
 #include "view.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -141,6 +143,22 @@ const std::string* member_text(const json::Value& object, std::string_view key) 
   return v != nullptr && v->is(json::Value::Kind::string) ? &v->text : nullptr;
 }
 
+// Where a file the result names is read: a relative path beside the result file
+// (paths in the file are as the run was given them) or, failing that, in the
+// working folder, where a run started from elsewhere wrote it.  The first place
+// when the file is in neither, for the message.
+fs::path located(const std::string& path, const fs::path& json_folder) {
+  const fs::path given(path);
+  std::vector<fs::path> places{given};
+  if (given.is_relative() && !json_folder.empty())
+    places.insert(places.begin(), json_folder / given);
+  for (const fs::path& place : places) {
+    std::error_code ec;
+    if (fs::exists(place, ec)) return place;
+  }
+  return places.front();
+}
+
 struct Cube {
   std::string what, path;
   fs::path found;       // where it was read
@@ -148,9 +166,7 @@ struct Cube {
   std::string problem;  // why it is not on the page, or ""
 };
 
-// The cube files of files.cubes, each read from beside the result file (paths in
-// the file are as the run was given them) or, failing that, from the working
-// folder, where a run started from elsewhere wrote them.
+// The cube files of files.cubes, each read from where `located` finds it.
 std::vector<Cube> read_cubes(const json::Value& result, const fs::path& json_folder,
                              const std::string& json_path) {
   std::vector<Cube> cubes;
@@ -170,18 +186,7 @@ std::vector<Cube> read_cubes(const json::Value& result, const fs::path& json_fol
       continue;
     }
     cube.path = *path;
-    const fs::path given(*path);
-    std::vector<fs::path> places{given};
-    if (given.is_relative() && !json_folder.empty())
-      places.insert(places.begin(), json_folder / given);
-    cube.found = places.front();
-    for (const fs::path& place : places) {
-      std::error_code ec;
-      if (fs::exists(place, ec)) {
-        cube.found = place;
-        break;
-      }
-    }
+    cube.found = located(*path, json_folder);
     if (std::string problem = read_file(cube.found, "cube file", kMaxViewCubeBytes, cube.text);
         !problem.empty()) {
       cube.problem = problem + " (listed in " + json_path + "); the page has no surface for it";
@@ -208,6 +213,64 @@ std::string cubes_json(const std::vector<Cube>& cubes) {
     }
   }
   return out + "]";
+}
+
+// The run's molden file (files.molden): the page evaluates its orbitals on a
+// grid of its own.
+struct MoldenFile {
+  std::string path;     // as the result names it; "" when it names none
+  fs::path found;       // where it was read
+  std::string text;     // the file, when read
+  std::string problem;  // why it is not on the page, or ""
+};
+
+bool holds_section(std::string_view text, std::string_view name) {
+  const auto same = [](char a, char b) {
+    return std::tolower(static_cast<unsigned char>(a)) ==
+           std::tolower(static_cast<unsigned char>(b));
+  };
+  return std::search(text.begin(), text.end(), name.begin(), name.end(), same) != text.end();
+}
+
+MoldenFile read_molden(const json::Value& result, const fs::path& json_folder,
+                       const std::string& json_path) {
+  MoldenFile molden;
+  const json::Value* files = result.find("files");
+  const std::string* path = files != nullptr ? member_text(*files, "molden") : nullptr;
+  if (path == nullptr || path->empty()) return molden;
+  molden.path = *path;
+  molden.found = located(*path, json_folder);
+  if (std::string problem =
+          read_file(molden.found, "molden file", kMaxViewMoldenBytes, molden.text);
+      !problem.empty()) {
+    molden.problem = problem + " (listed in " + json_path + "); the page has no orbitals from it";
+  } else if (!holds_section(molden.text, "[GTO]") || !holds_section(molden.text, "[MO]")) {
+    molden.problem = "the molden file '" + molden.found.string() +
+                     "' has no [GTO] and [MO] sections; the page has no orbitals from it";
+  }
+  if (!molden.problem.empty()) molden.text.clear();
+  return molden;
+}
+
+// What the page's script needs to know of the molden file besides its text.
+std::string molden_json(const MoldenFile& molden) {
+  if (molden.path.empty()) return "null";
+  std::string out = "{\"path\": " + json::quoted(molden.path);
+  if (!molden.problem.empty()) out += ", \"problem\": " + json::quoted(molden.problem);
+  return out + "}";
+}
+
+// The text of a plain-text script element that holds `text`: a backslash after
+// every '<', so that neither "</" (which would end the element) nor "<!--"
+// occurs; the page reads each "<\\" back as "<".
+std::string script_safe_text(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (const char c : text) {
+    out += c;
+    if (c == '<') out += '\\';
+  }
+  return out;
 }
 
 std::string number(double v) {
@@ -289,11 +352,20 @@ ViewPage build_view(const std::string& json_path) {
       view.notes.push_back(c.problem);
     }
   }
+  const MoldenFile molden = read_molden(result, fs::path(json_path).parent_path(), json_path);
+  if (!molden.problem.empty()) {
+    view.notes.push_back(molden.problem);
+  } else if (!molden.path.empty()) {
+    view.molden_file = molden.found.string();
+  }
   const std::map<std::string, std::string> texts{
       {"TITLE", html_escaped(molecule_title(result))},
       {"STYLE", std::string(asset("viewer.css"))},
       {"RESULT", script_safe_json(text)},
       {"CUBES", cubes_json(cubes)},
+      {"MOLDEN_FILE", molden_json(molden)},
+      {"MOLDEN", script_safe_text(molden.text)},
+      {"ORBITALS", std::string(asset("orbitals.js"))},
       {"CONSTANTS", "{\"bohr_angstrom\": " + number(NORVIK_BOHR_ANGSTROM) +
                         ", \"hartree_ev\": " + number(NORVIK_HARTREE_EV) +
                         ", \"hbarc_ev_angstrom\": " + number(NORVIK_HBARC_EV_ANGSTROM) + "}"},
@@ -313,6 +385,7 @@ std::string write_view(const std::string& json_path, const std::string& html_pat
   if (!view.problem.empty()) return view.problem;
   std::vector<InputFile> inputs{{"result file", json_path}};
   for (const std::string& cube : view.cube_files) inputs.push_back({"cube file", cube});
+  if (!view.molden_file.empty()) inputs.push_back({"molden file", view.molden_file});
   const std::vector<OutputFile> outputs{output_file("page", "--output", html_path)};
   if (std::vector<std::string> problems = output_problems(outputs, inputs); !problems.empty()) {
     return problems.front();

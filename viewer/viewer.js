@@ -13,6 +13,21 @@
   var constants = embedded("norvik-constants");
   var HARTREE_EV = constants.hartree_ev;
   var BOHR_ANGSTROM = constants.bohr_angstrom;
+
+  // The run's molden file, whose orbitals the page computes itself
+  // (orbitals.js).  The host wrote a backslash after every "<" of its text so
+  // that it cannot end its script element.
+  var moldenFile = embedded("norvik-molden-file");
+  var molden = null, moldenProblem = moldenFile && moldenFile.problem ? moldenFile.problem : "";
+  if (moldenFile && !moldenProblem) {
+    try {
+      var moldenText = document.getElementById("norvik-molden").textContent.replace(/<\\/g, "<");
+      molden = norvikOrbitals.parse(moldenText, BOHR_ANGSTROM);
+    } catch (e) {
+      moldenProblem = "the molden file '" + moldenFile.path + "' could not be read: " + e.message +
+                      "; the page has no orbitals from it";
+    }
+  }
   var EV_NM = 2 * Math.PI * constants.hbarc_ev_angstrom / 10;  // E [eV] · λ [nm]
 
   // Hash options: #check walks through every view once (the browser test does),
@@ -111,9 +126,10 @@
   var stage = {
     viewer: null,
     labels: natom > kMaxLabelledAtoms ? "none" : "atoms",
-    cube: cubes.findIndex(function (c) { return !c.problem; }),
+    surface: "",  // "" for none, "m" + orbital of the molden file, "c" + cube
     isovalue: null,
     volumes: {},
+    values: {},  // the molden orbitals on the page's grid, by surface key
     timer: null,
     zoomed: false,
     surfaces: 0,
@@ -141,10 +157,71 @@
     if (c.what === "spin") return "spin";
     return "orbital";
   }
-  // Orbital surfaces at ±0.02 bohr^-3/2 and the density's at 0.002 e/bohr³ are the
-  // usual choices: lobes of about the size of the atoms, and an outline of the
-  // molecule.
-  function defaultIsovalue(c) { return cubeKind(c) === "orbital" ? 0.02 : cubeKind(c) === "spin" ? 0.002 : 0.002; }
+
+  // ---- orbitals of the molden file ---------------------------------------------------------
+
+  // Orbitals HOMO−4 … LUMO+4 of each spin are offered, highest first; the page
+  // evaluates one when it is first shown, on a box 3.5 Å beyond the atoms with
+  // at most 150 000 points (about 0.15 Å apart for water, 30 ms an orbital).
+  var kOrbitalWindow = 4;
+  var kOrbitalMargin = 3.5;  // [Å]
+  var kOrbitalPoints = 150000;
+  var orbitalGrid = molden ? norvikOrbitals.grid(molden.atoms, kOrbitalMargin / BOHR_ANGSTROM, kOrbitalPoints) : null;
+
+  // [{key, name ("HOMO-1", with α or β for an open shell), spin, number (from 1
+  //   within its spin), orbital}]
+  var orbitalChoices = (function () {
+    if (!molden) return [];
+    var out = [];
+    var spins = ["alpha", "beta"].filter(function (spin) {
+      return molden.orbitals.some(function (o) { return o.spin === spin; });
+    });
+    spins.forEach(function (spin) {
+      var list = [];
+      molden.orbitals.forEach(function (o, i) { if (o.spin === spin) list.push(i); });
+      var homo = -1;
+      list.forEach(function (i, n) { if (molden.orbitals[i].occupation > 0) homo = n; });
+      var top = Math.min(list.length - 1, homo + 1 + kOrbitalWindow);
+      for (var n = top; n >= Math.max(0, homo - kOrbitalWindow); --n) {
+        var name = n === homo ? "HOMO" : n === homo + 1 ? "LUMO"
+                 : n < homo ? "HOMO-" + (homo - n) : "LUMO+" + (n - homo - 1);
+        if (spins.length > 1) name += spin === "alpha" ? " α" : " β";
+        out.push({ key: "m" + list[n], name: name, spin: spin, number: n + 1, homo: n === homo,
+                   orbital: molden.orbitals[list[n]] });
+      }
+    });
+    return out;
+  })();
+
+  function orbitalChoice(key) {
+    return orbitalChoices.find(function (c) { return c.key === key; }) || null;
+  }
+
+  function orbitalValues(key) {
+    if (!stage.values[key]) {
+      stage.values[key] = norvikOrbitals.evaluate(molden, orbitalChoice(key).orbital.coefficients, orbitalGrid);
+    }
+    return stage.values[key];
+  }
+
+  // ---- surfaces: orbitals of the molden file and cube files --------------------------------
+
+  // What a surface key stands for: {kind: "orbital" | "density" | "spin",
+  // title, isovalue (its default)}, or null.  Orbital surfaces of the molden file
+  // at ±0.05 bohr^-3/2, those of cube files at ±0.02 and the densities at 0.002
+  // e/bohr³ are the usual choices: lobes of about the size of the atoms, and an
+  // outline of the molecule.
+  function surfaceOf(key) {
+    if (key.charAt(0) === "m") {
+      var o = orbitalChoice(key);
+      return o && { kind: "orbital", isovalue: 0.05,
+                    title: o.name + " (" + fixed(o.orbital.energy * HARTREE_EV, 2) + " eV, from the molden file)" };
+    }
+    var c = key.charAt(0) === "c" ? cubes[Number(key.slice(1))] : null;
+    if (!c || c.problem) return null;
+    var kind = cubeKind(c);
+    return { kind: kind, isovalue: kind === "orbital" ? 0.02 : 0.002, title: c.what };
+  }
 
   function stopMotion() {
     if (stage.timer) { clearInterval(stage.timer); stage.timer = null; }
@@ -187,25 +264,32 @@
     }
   }
 
-  function volume(k) {
-    if (!stage.volumes[k]) stage.volumes[k] = new $3Dmol.VolumeData(cubes[k].text, "cube");
-    return stage.volumes[k];
+  // 3Dmol.js takes the page's own grid as the text of a cube file, as it takes
+  // the host's.
+  function volume(key) {
+    if (!stage.volumes[key]) {
+      var text = key.charAt(0) === "m"
+        ? norvikOrbitals.cubeText(molden, orbitalGrid, orbitalValues(key), orbitalChoice(key).name)
+        : cubes[Number(key.slice(1))].text;
+      stage.volumes[key] = new $3Dmol.VolumeData(text, "cube");
+    }
+    return stage.volumes[key];
   }
 
   function addSurface() {
-    if (stage.cube < 0 || !cubes[stage.cube] || cubes[stage.cube].problem) return "";
-    var c = cubes[stage.cube];
+    var c = surfaceOf(stage.surface);
+    if (!c) return "";
     var iso = stage.isovalue;
-    var vol = volume(stage.cube);
+    var vol = volume(stage.surface);
     stage.viewer.addIsosurface(vol, { isoval: iso, color: "#1f6fb2", opacity: 0.78, smoothness: 1 });
     stage.surfaces += 1;
-    var kind = cubeKind(c);
+    var kind = c.kind;
     if (kind !== "density") {
       stage.viewer.addIsosurface(vol, { isoval: -iso, color: "#c0392b", opacity: 0.78, smoothness: 1 });
       stage.surfaces += 1;
     }
     var unit = kind === "orbital" ? "bohr⁻³ᐟ²" : "e/bohr³";
-    return c.what + ": " + (kind === "density" ? "" : "±") + iso + " " + unit + " isosurface" +
+    return c.title + ": " + (kind === "density" ? "" : "±") + iso + " " + unit + " isosurface" +
            (kind === "density" ? "" : "s, blue positive, red negative");
   }
 
@@ -332,19 +416,31 @@
     labelChoice.addEventListener("change", function () { stage.labels = labelChoice.value; showStructure(); });
     form.appendChild(h("label", {}, ["Labels", labelChoice]));
 
+    // The orbitals of the molden file, then the cube files; the HOMO first
+    // (the first spin's), else the first cube.
     var usable = cubes.filter(function (c) { return !c.problem; });
-    if (usable.length) {
-      var surface = h("select", { id: "surface" }, [h("option", { value: "-1", text: "none" })]);
-      cubes.forEach(function (c, k) {
-        if (!c.problem) surface.appendChild(h("option", { value: String(k), text: c.what }));
-      });
-      surface.value = String(stage.cube);
+    if (usable.length || orbitalChoices.length) {
+      var surface = h("select", { id: "surface" }, [h("option", { value: "", text: "none" })]);
+      if (orbitalChoices.length) {
+        surface.appendChild(h("optgroup", { label: "orbitals (molden file)" }, orbitalChoices.map(function (o) {
+          return h("option", { value: o.key, text: o.name + " (" + fixed(o.orbital.energy * HARTREE_EV, 2) + " eV)" });
+        })));
+      }
+      if (usable.length) {
+        surface.appendChild(h("optgroup", { label: "cube files" }, cubes.map(function (c, k) {
+          return c.problem ? null : h("option", { value: "c" + k, text: c.what });
+        })));
+      }
+      var homo = orbitalChoices.find(function (o) { return o.homo; });
+      stage.surface = homo ? homo.key : "c" + cubes.indexOf(usable[0]);
+      surface.value = stage.surface;
       var iso = h("input", { id: "isovalue", type: "number", step: "any", min: "0" });
       var sync = function () {
-        stage.cube = Number(surface.value);
-        if (stage.cube >= 0) stage.isovalue = defaultIsovalue(cubes[stage.cube]);
+        stage.surface = surface.value;
+        var c = surfaceOf(stage.surface);
+        if (c) stage.isovalue = c.isovalue;
         iso.value = stage.isovalue === null ? "" : String(stage.isovalue);
-        iso.disabled = stage.cube < 0;
+        iso.disabled = !c;
       };
       sync();
       surface.addEventListener("change", function () { sync(); showStructure(); });
@@ -475,8 +571,17 @@
   function drawOrbitals() {
     var w = result.wavefunction || {};
     var ea = w.orbital_energies_a, oa = w.occupations_a;
-    if (!cubes.length && !Array.isArray(ea)) return false;
+    if (!cubes.length && !Array.isArray(ea) && !moldenFile) return false;
     var s = section("orbitals", "Orbitals and densities");
+    if (molden) {
+      var n = orbitalGrid.counts[0] * orbitalGrid.counts[1] * orbitalGrid.counts[2];
+      s.appendChild(h("p", { "class": "note", "data-molden": "orbitals", text: "Orbitals from " + moldenFile.path +
+        " (" + molden.nfunctions + " Cartesian functions): pick one beside the molecule or click a row below. " +
+        "The page computes it on " + n.toLocaleString("en") + " points " + fixed(orbitalGrid.step * BOHR_ANGSTROM, 3) +
+        " Å apart, up to " + kOrbitalMargin + " Å beyond the atoms." }));
+    } else if (moldenProblem) {
+      s.appendChild(h("p", { "class": "note warning", "data-molden": "problem", text: moldenProblem }));
+    }
     if (cubes.length) {
       var rows = cubes.map(function (c, k) {
         var row = h("tr", { "class": c.problem ? "" : "pick" }, [
@@ -503,16 +608,30 @@
         var name = i === homo ? "HOMO" : i === homo + 1 ? "LUMO" : i < homo ? "HOMO-" + (homo - i) : "LUMO+" + (i - homo - 1);
         var r = [String(i + 1), name, fixed(ea[i] * HARTREE_EV, 4), oa ? String(restricted ? 2 * oa[i] : oa[i]) : ""];
         if (!restricted && Array.isArray(eb)) r.push(fixed(eb[i] * HARTREE_EV, 4), ob ? String(ob[i]) : "");
-        body.push(r);
+        body.push(orbitalRow(r, i + 1));
       }
       s.appendChild(h("h3", { text: "Orbital energies around the gap" }));
       s.appendChild(table(head, body));
     }
   }
 
-  function showCube(k) {
+  // A row of the orbital table; one whose (alpha) orbital the molden file has
+  // draws it when clicked.
+  function orbitalRow(cells, number) {
+    var row = h("tr", {}, cells.map(function (c) { return h("td", { text: c }); }));
+    var choice = orbitalChoices.find(function (o) { return o.spin === "alpha" && o.number === number; });
+    if (choice) {
+      row.className = "pick";
+      row.addEventListener("click", function () { showSurface(choice.key); });
+    }
+    return row;
+  }
+
+  function showCube(k) { showSurface("c" + k); }
+
+  function showSurface(key) {
     if (!stage.viewer || !stage.select) return;
-    stage.select.value = String(k);
+    stage.select.value = key;
     stage.select.dispatchEvent(new Event("change"));
   }
 
@@ -763,21 +882,53 @@
   draw("excited", drawExcitedStates);
   draw("run", drawRun);
 
+  // The numbers behind the orbital surfaces, for the browser test: Σ φ² ΔV of the
+  // HOMO on the page's grid (1 but for the grid's coarseness and the tail
+  // beyond the box), and the largest difference between the page's orbitals
+  // and the host's cube files of the same orbitals, at the cubes' points.
+  function checkOrbitals() {
+    var homo = orbitalChoices.find(function (o) { return o.homo; });
+    if (!homo) return;
+    var v = orbitalValues(homo.key);
+    document.body.setAttribute("data-homo-norm", norvikOrbitals.overlap(v, v, orbitalGrid).toFixed(6));
+    var largest = 0, compared = [];
+    cubes.forEach(function (c) {
+      var cube = c.problem ? null : norvikOrbitals.readCube(c.text);
+      if (!cube || !cube.orbital) return;
+      var spin = cube.beta ? "beta" : "alpha";
+      var o = molden.orbitals.filter(function (x) { return x.spin === spin; })[cube.orbital - 1];
+      if (!o) return;
+      var mine = norvikOrbitals.evaluate(molden, o.coefficients, cube.grid);
+      for (var n = 0; n < mine.length; ++n) largest = Math.max(largest, Math.abs(mine[n] - cube.values[n]));
+      compared.push(c.what);
+    });
+    document.body.setAttribute("data-cube-orbitals", compared.join(" "));
+    document.body.setAttribute("data-cube-difference", largest.toFixed(8));
+  }
+
   // Every view once, in the order a reader might take them, ending on the
   // structure with the first surface.
   if (options.check) {
     draw("check", function () {
       if (stage.viewer) {
+        var shown = stage.surface;
+        // Every offered orbital is computed, but only the HOMO and LUMO of
+        // each spin are drawn: the drawing is the same for all, and each
+        // picture costs a quarter of a second where WebGL runs in software.
+        orbitalChoices.forEach(function (o) {
+          orbitalValues(o.key);
+          if (/^(HOMO|LUMO)( |$)/.test(o.name)) showSurface(o.key);
+        });
         cubes.forEach(function (c, k) { if (!c.problem) showCube(k); });
         if (optimisation) {
           optimisation.play();
           for (var i = 0; i < optimisation.count; ++i) optimisation.frame(i);
         }
         if (vibrations) for (var k = 0; k < vibrations.count; ++k) vibrations.mode(k);
-        var first = cubes.findIndex(function (c) { return !c.problem; });
-        if (first >= 0) showCube(first); else showStructure();
+        if (shown) showSurface(shown); else showStructure();
         document.body.setAttribute("data-surfaces", String(stage.surfaces));
       }
+      if (molden) checkOrbitals();
       spectrumRedraws.forEach(function (redraw) { redraw(1); });
     });
   }

@@ -51,19 +51,45 @@ function(expect_attribute name pattern)
   endif()
 endfunction()
 
-# The full fixture: every section, the molecule drawn by WebGL, and the HOMO
-# cube's two surfaces drawn each time it was shown.
-file(COPY ${DATA}/water.json ${DATA}/water.homo.cube DESTINATION ${WORK})
+# Fails unless the number in attribute `name` lies within [lo, hi].
+function(expect_between name lo hi)
+  string(REGEX MATCH "${name}=\"([^\"]*)\"" m "${body}")
+  if(NOT CMAKE_MATCH_1 MATCHES "^[0-9.]+$" OR CMAKE_MATCH_1 LESS lo OR CMAKE_MATCH_1 GREATER hi)
+    message(FATAL_ERROR "${name} is '${CMAKE_MATCH_1}', not within [${lo}, ${hi}]: ${body}")
+  endif()
+endfunction()
+
+# How far the page's own orbitals may be from norm 1 and from the host's cubes.
+# The HOMO's Σ φ² ΔV on the page's grid (points 0.15 Å apart) misses 1 by the
+# grid's coarseness against the tight oxygen primitives and by the tail beyond
+# the box: 8e-4 measured.
+set(kNormLow 0.997)
+set(kNormHigh 1.003)
+# The cubes hold five significant digits (E13.5): up to 5e-6 off for |φ| < 1
+# (4.7e-6 measured).  A d function out of molden's order, or xx normalised as
+# xy, puts the page 4e-3 or more away from the HOMO or the LUMO cube.
+set(kCubeTolerance 0.00001)
+
+# The full fixture: every section, the molecule drawn by WebGL, the orbitals of
+# its molden file and its HOMO and LUMO cubes, each surface drawn each time it
+# was shown.  The page's HOMO is normalised on its grid, and its HOMO and LUMO
+# (O d functions in both) agree with the host's cubes of them at their points.
+file(COPY ${DATA}/water.json ${DATA}/water.homo.cube ${DATA}/water.lumo.cube ${DATA}/water.molden
+     DESTINATION ${WORK})
 norvik_view(water.json)
 open_page(water.html "#check")
 expect_attribute(data-webgl "^yes$")
 expect_attribute(data-atoms "^3$")
 expect_attribute(data-surfaces "^[1-9][0-9]*$")
+expect_between(data-homo-norm ${kNormLow} ${kNormHigh})
+expect_attribute(data-cube-orbitals "^homo lumo$")
+expect_between(data-cube-difference 0 ${kCubeTolerance})
 expect_attribute(data-sections
   "^header molecule energies charges orbitals scf optimisation vibrations thermochemistry excited run check$")
 # Numbers of the tables and plots as a reader sees them.
 foreach(text "-76.009341328" "1826.3" "Gibbs free energy G" "142.9" "Play the path"
-        "<circle class=\"marker series-0")
+        "<circle class=\"marker series-0" "Orbitals from water.molden (19 Cartesian functions)"
+        "<option value=\"m4\">HOMO (-13.55 eV)</option>" "<option value=\"m0\">HOMO-4 (-559.26 eV)</option>")
   string(FIND "${dom}" "${text}" at)
   if(at EQUAL -1)
     message(FATAL_ERROR "water.html shows no '${text}'")
@@ -72,11 +98,36 @@ endforeach()
 
 # A single point with little in it, its one cube gone and markup in its name:
 # the page draws what there is, says where the surface would have been, and
-# shows the name as text.
+# shows the name as text.  Its molden file (written here: bohr, Fortran
+# exponents) has one orbital of each spin: the page offers the α HOMO and the
+# β LUMO, and normalises the contracted s function itself.
+file(WRITE ${WORK}/bare.molden [=[
+[Molden Format]
+[Atoms] AU
+H     1   1    0.0 0.0 0.0
+[GTO]
+  1 0
+ s    3 1.00
+  3.42525091D+00  0.15432897D+00
+  0.62391373      0.53532814
+  0.16885540      0.44463454
+
+[MO]
+ Sym= A
+ Ene= -0.466
+ Spin= Alpha
+ Occup= 1.0
+   1  1.0
+ Sym= A
+ Ene= 0.2
+ Spin= Beta
+ Occup= 0.0
+   1  -1.0
+]=])
 file(WRITE ${WORK}/bare.json [=[
 {"schema_name": "norvik_result", "schema_version": 1, "success": false, "status": 3,
  "messages": ["SCF not converged in 3 cycles"],
- "files": {"cubes": [{"what": "density", "path": "gone.cube"}]},
+ "files": {"cubes": [{"what": "density", "path": "gone.cube"}], "molden": "bare.molden"},
  "driver": "energy", "model": {"method": "HF", "basis": "STO-3G", "reference": "UHF"},
  "molecule": {"name": "<\/script><b>H</b>", "symbols": ["H"], "atomic_numbers": [1],
               "geometry": [0, 0, 0], "geometry_angstrom": [0, 0, 0],
@@ -89,8 +140,10 @@ file(WRITE ${WORK}/bare.json [=[
 norvik_view(bare.json)
 open_page(bare.html "#check")
 expect_attribute(data-webgl "^yes$")
-expect_attribute(data-sections "^header molecule energies orbitals check$")
-foreach(text "cannot find the cube file 'gone.cube'" "NOT converged" "&lt;/script&gt;&lt;b&gt;H&lt;/b&gt;")
+expect_attribute(data-sections "^header molecule energies orbitals run check$")
+expect_between(data-homo-norm ${kNormLow} ${kNormHigh})
+foreach(text "data-cube-orbitals=\"\"" "cannot find the cube file 'gone.cube'" "NOT converged" "&lt;/script&gt;&lt;b&gt;H&lt;/b&gt;"
+        "<option value=\"m0\">HOMO α (-12.68 eV)</option>" "<option value=\"m1\">LUMO β (5.44 eV)</option>")
   string(FIND "${dom}" "${text}" at)
   if(at EQUAL -1)
     message(FATAL_ERROR "bare.html shows no '${text}'")

@@ -1,9 +1,11 @@
 cmake_minimum_required(VERSION 3.25)
 # norvik view from the command line: the page it writes from the fixture result
 # (tests/viewer/data: water, HF/6-31G*, optimisation, vibrations with Raman and
-# excited states, its HOMO cube made by the host), and every file it refuses.
+# excited states, its molden file and its HOMO and LUMO cubes made by the host),
+# and every file it refuses.
 include(${CLI})
-file(COPY ${DATA}/water.json ${DATA}/water.homo.cube DESTINATION ${WORK})
+set(fixture ${DATA}/water.json ${DATA}/water.homo.cube ${DATA}/water.lumo.cube ${DATA}/water.molden)
+file(COPY ${fixture} DESTINATION ${WORK})
 
 # Fails unless WORK/<file> holds (or, with NOT, lacks) <text>.
 function(page_has file text)
@@ -16,13 +18,19 @@ function(page_has file text)
   endif()
 endfunction()
 
-# The page beside the result: the result verbatim, the cube's text, the library
-# and the page's own parts, every marker of the template filled.
+# The page beside the result: the result verbatim, the cubes' and the molden
+# file's text, the library and the page's own parts, every marker of the
+# template filled.
 run(page STATUS 0 ARGS view water.json STDOUT "norvik: page written to water.html"
     CREATES water.html)
 file(READ ${WORK}/water.json result)
 page_has(water.html "<script type=\"application/json\" id=\"norvik-result\">${result}</script>")
 page_has(water.html "norvik orbital 5 (alpha) [bohr**-3/2]\\n   -3   -7.558905")
+page_has(water.html "norvik orbital 6 (alpha)")
+file(READ ${WORK}/water.molden molden)
+page_has(water.html "<script type=\"text/plain\" id=\"norvik-molden\">${molden}</script>")
+page_has(water.html "{\"path\": \"water.molden\"}")
+page_has(water.html "var norvikOrbitals")
 page_has(water.html "3Dmol.js incorporates code from GLmol")
 page_has(water.html "<title>norvik: water (HF/6-31G*)</title>")
 page_has(water.html "var norvikPlot")
@@ -37,29 +45,46 @@ page_has(tricky.html "\"name\": \"<\\/script>\\u003c!--<b>&\"")
 page_has(tricky.html "<title>norvik: &lt;/script&gt;&lt;!--&lt;b&gt;&amp; (HF/6-31G*)</title>")
 page_has(tricky.html "</script><!--" NOT)
 file(REMOVE ${WORK}/tricky.json ${WORK}/tricky.html)
+# The molden file goes in as plain text with a backslash after every "<".
+variant(tricky.molden water.molden "water HF/6-31Gx" "</script><!--<\\x")
+variant(tricky.json water.json "\"molden\": \"water.molden\"" "\"molden\": \"tricky.molden\"")
+run(escaped_molden STATUS 0 ARGS view tricky.json CREATES tricky.json tricky.molden tricky.html)
+page_has(tricky.html "<\\/script><\\!--<\\\\x")
+page_has(tricky.html "</script><!--" NOT)
+file(REMOVE ${WORK}/tricky.json ${WORK}/tricky.molden ${WORK}/tricky.html)
 
-# A result in another folder: the page goes beside it, its cube is found beside
-# it; --output names another place, whose folder must exist.
+# A result in another folder: the page goes beside it, its cubes and molden file
+# are found beside it; --output names another place, whose folder must exist.
 file(MAKE_DIRECTORY ${WORK}/sub)
-file(COPY ${DATA}/water.json ${DATA}/water.homo.cube DESTINATION ${WORK}/sub)
+file(COPY ${fixture} DESTINATION ${WORK}/sub)
 run(beside STATUS 0 ARGS view sub/water.json STDOUT "page written to sub/water.html")
 page_has(sub/water.html "norvik orbital 5 (alpha)")
+page_has(sub/water.html "[Molden Format]")
 run(no_folder STATUS 2 ARGS view water.json --output nowhere/w.html
     STDERR "norvik: cannot write the partial page 'nowhere/w.html.partial'")
 
-# A cube that is gone or cut short: a page all the same, without that surface,
-# and a note on standard error.
-file(REMOVE ${WORK}/sub/water.homo.cube)
+# A cube or a molden file that is gone or cut short: a page all the same,
+# without that surface or those orbitals, and a note on standard error.
+file(REMOVE ${WORK}/sub/water.homo.cube ${WORK}/sub/water.molden)
 file(RENAME ${WORK}/water.homo.cube ${WORK}/kept.cube)
+file(RENAME ${WORK}/water.molden ${WORK}/kept.molden)
 run(cube_missing STATUS 0 ARGS view sub/water.json CHANGES sub/water.html
     STDERR "norvik: cannot find the cube file 'sub/water.homo.cube' (listed in sub/water.json); the page has no surface for it"
+           "norvik: cannot find the molden file 'sub/water.molden' (listed in sub/water.json); the page has no orbitals from it"
     STDOUT "page written to sub/water.html")
 page_has(sub/water.html "\"problem\": \"cannot find the cube file")
+page_has(sub/water.html "\"problem\": \"cannot find the molden file")
+page_has(sub/water.html "id=\"norvik-molden\"></script>")
+file(READ ${WORK}/kept.molden molden LIMIT 1500)
+file(WRITE ${WORK}/sub/water.molden "${molden}")
+run(molden_short STATUS 0 ARGS view sub/water.json CHANGES sub/water.html
+    STDERR "norvik: the molden file 'sub/water.molden' has no [GTO] and [MO] sections; the page has no orbitals from it")
 file(READ ${WORK}/kept.cube cube LIMIT 2000)
 file(WRITE ${WORK}/water.homo.cube "${cube}")
 run(cube_short STATUS 0 ARGS view water.json CHANGES water.html
     STDERR "norvik: the cube file 'water.homo.cube' is not a Gaussian cube: it holds 123 values for a grid of 6783 points; the page has no surface for it")
 file(RENAME ${WORK}/kept.cube ${WORK}/water.homo.cube)
+file(RENAME ${WORK}/kept.molden ${WORK}/water.molden)
 
 # Refused, and an earlier page left as it was: no result file, a folder, not
 # JSON (line and column named), JSON of another program, a page over an input.
@@ -87,6 +112,8 @@ run(over_input STATUS 2 ARGS view water.json --output water.json
     STDERR "norvik: the page 'water.json' would overwrite the result file 'water.json'; name another file with --output")
 run(over_cube STATUS 2 ARGS view water.json --output ./water.homo.cube
     STDERR "would overwrite the cube file 'water.homo.cube'")
+run(over_molden STATUS 2 ARGS view water.json --output water.molden
+    STDERR "would overwrite the molden file 'water.molden'")
 file(REMOVE ${WORK}/bad.txt)
 
 # Usage.
