@@ -503,9 +503,9 @@
     add("SCF total energy", p.scf_total_energy);
     add("electronic energy", p.scf_electronic_energy);
     add("nuclear repulsion", p.nuclear_repulsion_energy);
-    add("one-electron energy", p.scf_one_electron_energy);
-    add("two-electron energy", p.scf_two_electron_energy);
     add("exchange-correlation energy", p.scf_xc_energy);
+    add("exchange part", p.scf_exchange_energy);
+    add("correlation part", p.scf_correlation_energy);
     add("binding energy (against free atoms)", p.binding_energy);
     add("MP2 total energy", p.mp2_total_energy);
     add("MP2 correlation energy", p.mp2_correlation_energy);
