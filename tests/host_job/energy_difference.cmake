@@ -1,0 +1,21 @@
+# |A - B| of two energies written in decimal [hartree], in units of 1e-9 hartree,
+# into OUT: CMake has no floating point, so the comparison runs on integers.
+function(energy_difference a b out)
+  foreach(v a b)
+    string(REGEX MATCH "^(-?)([0-9]+)\\.([0-9]*)$" m "${${v}}")
+    set(sign "${CMAKE_MATCH_1}")
+    set(whole "${CMAKE_MATCH_2}")
+    set(frac "${CMAKE_MATCH_3}000000000")
+    string(SUBSTRING "${frac}" 0 9 frac)
+    # "1" in front keeps leading zeros of the fraction from reading as octal.
+    math(EXPR ${v}_n "${whole} * 1000000000 + 1${frac} - 1000000000")
+    if(sign STREQUAL "-")
+      math(EXPR ${v}_n "0 - ${${v}_n}")
+    endif()
+  endforeach()
+  math(EXPR diff "${a_n} - ${b_n}")
+  if(diff LESS 0)
+    math(EXPR diff "0 - ${diff}")
+  endif()
+  set(${out} ${diff} PARENT_SCOPE)
+endfunction()
