@@ -3,7 +3,6 @@
 // the atoms', and the report sections of both byte for byte.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -12,9 +11,8 @@
 #include "basis/library.h"
 #include "properties/multipoles.h"
 #include "properties/populations.h"
+#include "reference_rows.h"
 #include "report/orbital_sections.h"
-#include "scf/single_point.h"
-#include "setup/elements.h"
 
 namespace norvik::properties {
 namespace {
@@ -24,50 +22,18 @@ constexpr double kQuadrupoleTolerance = 1e-5;
 // The shells of an atom add up to its population to rounding.
 constexpr double kSumTolerance = 1e-12;
 
-std::vector<std::string> fields(const std::string& line, char sep) {
-  std::vector<std::string> f;
-  std::istringstream in(line);
-  for (std::string x; std::getline(in, x, sep);) f.push_back(x);
-  return f;
-}
-
 TEST(Moments, QuadrupolesMatchPsi4AndShellsAddUpToAtoms) {
-  std::ifstream in(std::string(NORVIK_SOURCE_DIR) + "/tests/references/data/quadrupoles.tsv");
-  std::string line;
   int rows = 0;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#' || line.rfind("name\t", 0) == 0) continue;
-    const std::vector<std::string> f = fields(line, '\t');
-    const int multiplicity = std::stoi(f[2]);
-    std::vector<int> z;
-    std::vector<double> pos;
-    int electrons = 0;
-    for (const std::string& atom : fields(f[5], ';')) {
-      std::istringstream a(atom);
-      std::string symbol;
-      double x, y, w;
-      a >> symbol >> x >> y >> w;
-      if (symbol.size() == 1) symbol += ' ';
-      z.push_back(setup::symbol_to_z(symbol));
-      pos.insert(pos.end(), {x, y, w});
-      electrons += z.back();
-    }
-    const basis::BasisSet basis = basis::make_basis(f[1], z);
-    scf::JobControl job;
-    job.basis = f[1];
-    const scf::ScfControl control{300, 0.5, 1e-11, 1e-10};
-    scf::PointSettings settings;
-    settings.counts = {(electrons + multiplicity - 1) / 2, (electrons - multiplicity + 1) / 2};
-    const auto n = static_cast<std::size_t>(basis.nbasis());
-    std::vector<double> rho(2 * n * n), orbitals(2 * n * (n + 1)), s(n * n);
-    scf::compute_point(basis, job, control, {z, z, pos}, settings, rho, orbitals, {}, s);
+  for (const std::vector<std::string>& f : reference_rows("quadrupoles.tsv")) {
+    const ReferencePoint p = reference_point(f[1], f[5], std::stoi(f[2]));
+    const std::vector<int>& z = p.atoms.z;
 
     // Psi4's Q_ij = Σ q r_i r_j; Θ = (3 Q − δ tr Q) / 2.
     std::vector<double> psi4;
     std::istringstream values(f[4]);
     for (double v; values >> v;) psi4.push_back(v);
     ASSERT_EQ(psi4.size(), 6u);
-    const Quadrupole q = quadrupole(basis, z, pos, rho);
+    const Quadrupole q = quadrupole(p.basis, z, p.atoms.pos, p.rho);
     const int index[6][2] = {{0, 0}, {0, 1}, {0, 2}, {1, 1}, {1, 2}, {2, 2}};
     const double trace = psi4[0] + psi4[3] + psi4[5];
     for (int c = 0; c < 6; ++c) {
@@ -82,13 +48,13 @@ TEST(Moments, QuadrupolesMatchPsi4AndShellsAddUpToAtoms) {
     // Every shell belongs to its atom: the shells of each atom give its charge
     // and spin in both partitions.
     for (Partition partition : {Partition::mulliken, Partition::lowdin}) {
-      const AtomPopulations atoms = atom_populations(basis, z, s, rho, partition);
-      const ShellPopulations shells = shell_populations(basis, s, rho, partition);
-      ASSERT_EQ(shells.electrons.size(), basis.shells.size());
+      const AtomPopulations atoms = atom_populations(p.basis, z, p.s, p.rho, partition);
+      const ShellPopulations shells = shell_populations(p.basis, p.s, p.rho, partition);
+      ASSERT_EQ(shells.electrons.size(), p.basis.shells.size());
       std::vector<double> charge(z.begin(), z.end()), spin(z.size(), 0.0);
-      for (std::size_t k = 0; k < basis.shells.size(); ++k) {
-        charge[static_cast<std::size_t>(basis.shells[k].atom)] -= shells.electrons[k];
-        spin[static_cast<std::size_t>(basis.shells[k].atom)] += shells.spin[k];
+      for (std::size_t k = 0; k < p.basis.shells.size(); ++k) {
+        charge[static_cast<std::size_t>(p.basis.shells[k].atom)] -= shells.electrons[k];
+        spin[static_cast<std::size_t>(p.basis.shells[k].atom)] += shells.spin[k];
       }
       for (std::size_t a = 0; a < z.size(); ++a) {
         EXPECT_NEAR(charge[a], atoms.charge[a], kSumTolerance) << f[0] << " atom " << a + 1;

@@ -28,6 +28,7 @@
 
 #include "basis/library.h"
 #include "common/constants.h"
+#include "reference_rows.h"
 #include "scf/single_point.h"
 #include "setup/elements.h"
 
@@ -50,15 +51,9 @@ struct Row {
   std::vector<double> pos;
 };
 
-std::vector<Row> reference_rows() {
-  std::ifstream in(std::string(NORVIK_SOURCE_DIR) + "/tests/references/data/mp2.tsv");
+std::vector<Row> mp2_rows() {
   std::vector<Row> rows;
-  std::string line;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#' || line.rfind("name\t", 0) == 0) continue;
-    std::vector<std::string> f;
-    std::istringstream fields(line);
-    for (std::string x; std::getline(fields, x, '\t');) f.push_back(x);
+  for (const std::vector<std::string>& f : reference_rows("mp2.tsv")) {
     Row r;
     r.name = f[0];
     r.basis = f[1];
@@ -68,16 +63,9 @@ std::vector<Row> reference_rows() {
     r.corr = std::stod(f[7]);
     r.same = std::stod(f[8]);
     r.opposite = std::stod(f[9]);
-    std::istringstream atoms(f[10]);
-    for (std::string atom; std::getline(atoms, atom, ';');) {
-      std::istringstream a(atom);
-      std::string symbol;
-      double x, y, w;
-      a >> symbol >> x >> y >> w;
-      if (symbol.size() == 1) symbol += ' ';
-      r.z.push_back(setup::symbol_to_z(symbol));
-      r.pos.insert(r.pos.end(), {x, y, w});
-    }
+    const ReferenceAtoms atoms = reference_atoms(f[10]);
+    r.z = atoms.z;
+    r.pos = atoms.pos;
     rows.push_back(r);
   }
   return rows;
@@ -113,7 +101,7 @@ Point converged_point(const Row& r) {
 }
 
 TEST(Mp2, CorrelationEnergiesMatchPsi4) {
-  const std::vector<Row> rows = reference_rows();
+  const std::vector<Row> rows = mp2_rows();
   ASSERT_EQ(rows.size(), 28u);
   std::map<std::string, Point> points;
   for (const Row& r : rows) {
@@ -138,7 +126,7 @@ TEST(Mp2, CorrelationEnergiesMatchPsi4) {
 // restricted and unrestricted, all from the integral store; and a memory limit
 // too small for the store, which computes the quartets in each of its batches.
 TEST(Mp2, BatchedRouteGivesTheOnePassEnergy) {
-  for (const Row& r : reference_rows()) {
+  for (const Row& r : mp2_rows()) {
     if (r.frozen != 0 || (r.name != "c2h4_6-31Gx" && r.name != "nh2_6-31pGx")) continue;
     const Point p = converged_point(r);
     const scf::MoleculeView molecule{r.z, r.z, r.pos};

@@ -19,6 +19,7 @@
 #include "common/constants.h"
 #include "common/error.h"
 #include "dft/functionals/functional_names.h"
+#include "reference_rows.h"
 #include "scf/single_point.h"
 #include "setup/elements.h"
 
@@ -223,32 +224,17 @@ struct Reference {
 };
 
 std::vector<Reference> reference_table() {
-  std::ifstream in(std::string(NORVIK_SOURCE_DIR) + "/tests/references/data/polarizabilities.tsv");
   std::vector<Reference> out;
-  std::string line;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#' || line.rfind("name\t", 0) == 0) continue;
-    std::vector<std::string> f;
-    std::istringstream fields(line);
-    for (std::string x; std::getline(fields, x, '\t');) f.push_back(x);
+  for (const std::vector<std::string>& f : reference_rows("polarizabilities.tsv")) {
     Reference r;
     r.name = f[0];
     r.basis = f[2];
     r.method = f[3];
     for (std::size_t e = 0; e < 9; ++e) r.alpha[e] = std::stod(f[7 + e]);
-    std::istringstream list(f[16]);
-    int electrons = 0;
-    for (std::string atom; std::getline(list, atom, ';');) {
-      std::istringstream a(atom);
-      std::string symbol;
-      double x, y, z;
-      a >> symbol >> x >> y >> z;
-      if (symbol.size() == 1) symbol += ' ';
-      const int zn = setup::symbol_to_z(symbol);
-      r.molecule.z.push_back(zn);
-      r.molecule.pos.insert(r.molecule.pos.end(), {x, y, z});
-      electrons += zn;
-    }
+    const ReferenceAtoms atoms = reference_atoms(f[16]);
+    const int electrons = atoms.electrons;
+    r.molecule.z = atoms.z;
+    r.molecule.pos = atoms.pos;
     // The one open shell of the table is a doublet.
     r.molecule.counts = {(electrons + electrons % 2) / 2, electrons / 2};
     out.push_back(r);

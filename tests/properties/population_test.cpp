@@ -3,16 +3,14 @@
 // the spin populations' sum rule, and the report section byte for byte.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "basis/library.h"
 #include "properties/populations.h"
+#include "reference_rows.h"
 #include "report/property_sections.h"
-#include "scf/single_point.h"
-#include "setup/elements.h"
 
 namespace norvik::properties {
 namespace {
@@ -25,43 +23,15 @@ std::vector<double> numbers(const std::string& text) {
 }
 
 TEST(Populations, MullikenAndLowdinChargesMatchPsi4) {
-  std::ifstream in(std::string(NORVIK_SOURCE_DIR) + "/tests/references/data/populations.tsv");
-  std::string line;
   int rows = 0;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#' || line.rfind("name\t", 0) == 0) continue;
-    std::vector<std::string> f;
-    std::istringstream fields(line);
-    for (std::string x; std::getline(fields, x, '\t');) f.push_back(x);
+  for (const std::vector<std::string>& f : reference_rows("populations.tsv")) {
     const int multiplicity = std::stoi(f[2]);
-    std::vector<int> z;
-    std::vector<double> pos;
-    std::istringstream atoms(f[6]);
-    int electrons = 0;
-    for (std::string atom; std::getline(atoms, atom, ';');) {
-      std::istringstream a(atom);
-      std::string symbol;
-      double x, y, w;
-      a >> symbol >> x >> y >> w;
-      if (symbol.size() == 1) symbol += ' ';
-      z.push_back(setup::symbol_to_z(symbol));
-      pos.insert(pos.end(), {x, y, w});
-      electrons += z.back();
-    }
-    const basis::BasisSet basis = basis::make_basis(f[1], z);
-    scf::JobControl job;
-    job.basis = f[1];
-    const scf::ScfControl control{300, 0.5, 1e-11, 1e-10};
-    scf::PointSettings settings;
-    settings.counts = {(electrons + multiplicity - 1) / 2, (electrons - multiplicity + 1) / 2};
-    const auto n = static_cast<std::size_t>(basis.nbasis());
-    std::vector<double> rho(2 * n * n), orbitals(2 * n * (n + 1)), s(n * n);
-    scf::compute_point(basis, job, control, {z, z, pos}, settings, rho, orbitals, {}, s);
+    const ReferencePoint p = reference_point(f[1], f[6], multiplicity);
     const std::vector<double> mulliken = numbers(f[4]), lowdin = numbers(f[5]);
-    const AtomPopulations m = atom_populations(basis, z, s, rho, Partition::mulliken);
-    const AtomPopulations l = atom_populations(basis, z, s, rho, Partition::lowdin);
+    const AtomPopulations m = atom_populations(p.basis, p.atoms.z, p.s, p.rho, Partition::mulliken);
+    const AtomPopulations l = atom_populations(p.basis, p.atoms.z, p.s, p.rho, Partition::lowdin);
     double spin_m = 0.0, spin_l = 0.0;
-    for (std::size_t a = 0; a < z.size(); ++a) {
+    for (std::size_t a = 0; a < p.atoms.z.size(); ++a) {
       EXPECT_NEAR(m.charge[a], mulliken[a], 1e-5) << f[0] << " Mulliken atom " << a + 1;
       EXPECT_NEAR(l.charge[a], lowdin[a], 1e-5) << f[0] << " Lowdin atom " << a + 1;
       spin_m += m.spin[a];
