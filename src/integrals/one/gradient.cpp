@@ -190,11 +190,7 @@ void one_electron_gradient(const basis::BasisSet& basis, std::span<const Vec3> p
       grad.size() < 3 * natom) {
     throw std::invalid_argument("one_electron_gradient: array sizes");
   }
-  const int nshell = static_cast<int>(plans.size());
-  std::vector<std::pair<int, int>> pairs;
-  pairs.reserve(static_cast<std::size_t>(nshell) * (nshell + 1) / 2);
-  for (int sb = 0; sb < nshell; ++sb)
-    for (int sa = 0; sa <= sb; ++sa) pairs.emplace_back(sa, sb);
+  const std::vector<std::pair<int, int>> pairs = shell_pairs(static_cast<int>(plans.size()));
 
   const std::size_t npairs = pairs.size();
   std::vector<double> partial(static_cast<std::size_t>(kChunks) * 3 * natom, 0.0);

@@ -243,11 +243,7 @@ void build_one_electron_matrices(const basis::BasisSet& basis, std::span<const V
   const bool want_v = static_cast<bool>(out.potential);
   const bool want_r = out.position[0] || out.position[1] || out.position[2];
 
-  std::vector<std::pair<int, int>> pairs;
-  const int nshell = static_cast<int>(plans.size());
-  pairs.reserve(static_cast<std::size_t>(nshell) * (nshell + 1) / 2);
-  for (int sb = 0; sb < nshell; ++sb)
-    for (int sa = 0; sa <= sb; ++sa) pairs.emplace_back(sa, sb);
+  const std::vector<std::pair<int, int>> pairs = shell_pairs(static_cast<int>(plans.size()));
 
   const auto npairs = static_cast<std::ptrdiff_t>(pairs.size());
 #pragma omp parallel for schedule(dynamic, 1)

@@ -58,10 +58,7 @@ void build_second_moments(const basis::BasisSet& basis, std::span<const Vec3> po
   for (Vec3& r : shifted)
     for (std::size_t k = 0; k < 3; ++k) r[k] -= origin[k];
   const std::vector<ShellPlan> plans = plan_shells(basis, shifted);
-  std::vector<std::pair<int, int>> pairs;
-  const int nshell = static_cast<int>(plans.size());
-  for (int sb = 0; sb < nshell; ++sb)
-    for (int sa = 0; sa <= sb; ++sa) pairs.emplace_back(sa, sb);
+  const std::vector<std::pair<int, int>> pairs = shell_pairs(static_cast<int>(plans.size()));
   const auto npairs = static_cast<std::ptrdiff_t>(pairs.size());
 #pragma omp parallel for schedule(dynamic, 1)
   for (std::ptrdiff_t ip = 0; ip < npairs; ++ip) {

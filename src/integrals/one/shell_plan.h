@@ -6,6 +6,7 @@
 
 #include <array>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "basis/basis_set.h"
@@ -39,5 +40,16 @@ struct ShellPlan {
 // atom, kind, primitive count or term out of range throws norvik::Error
 // ("Wrong shell in calcMtrx. shell = " with its 1-based index).
 std::vector<ShellPlan> plan_shells(const basis::BasisSet& basis, std::span<const Vec3> positions);
+
+// The shell pairs (a, b) with a <= b, b ascending and a ascending within it: the
+// unique blocks of a symmetric one-electron matrix, in the order the parallel
+// loops hand them out.
+inline std::vector<std::pair<int, int>> shell_pairs(int nshell) {
+  std::vector<std::pair<int, int>> pairs;
+  pairs.reserve(static_cast<std::size_t>(nshell) * static_cast<std::size_t>(nshell + 1) / 2);
+  for (int sb = 0; sb < nshell; ++sb)
+    for (int sa = 0; sa <= sb; ++sa) pairs.emplace_back(sa, sb);
+  return pairs;
+}
 
 }  // namespace norvik::integrals::one
