@@ -13,6 +13,7 @@
 #include "excited_states.h"
 #include "mp2.h"
 #include "norvik.h"
+#include "run_log.h"
 
 namespace host {
 
@@ -86,25 +87,6 @@ std::string utc_now() {
 }
 
 }  // namespace
-
-std::vector<ScfCycle> last_scf(const std::string& log_text) {
-  std::vector<ScfCycle> block, last;
-  std::istringstream in(log_text);
-  std::string line;
-  while (std::getline(in, line)) {
-    ScfCycle c;
-    int iopt = 0, isrc = 0;
-    double d[3];
-    if (std::sscanf(line.c_str(), "%d %d %d %lf ( %lf , %lf , %lf ) %lf %lf", &iopt, &isrc,
-                    &c.cycle, &c.energy, &d[0], &d[1], &d[2], &c.rmsd, &c.commutator) == 9) {
-      block.push_back(c);
-    } else if (line.find_first_not_of(" \r") == std::string::npos && !block.empty()) {
-      last = std::move(block);
-      block.clear();
-    }
-  }
-  return block.empty() ? last : block;
-}
 
 std::vector<PathFrame> optimisation_path(const std::string& xyz_text) {
   std::vector<PathFrame> frames;

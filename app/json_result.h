@@ -30,15 +30,6 @@ struct RunFacts {
   double total_seconds = 0.0, setup_seconds = 0.0;
 };
 
-// One SCF cycle of the run log.
-struct ScfCycle {
-  int cycle = 0;
-  double energy = 0.0;  // [eV]
-  double rmsd = 0.0, commutator = 0.0;
-};
-// The cycles of the last SCF in a run log's text (blank lines separate SCFs).
-std::vector<ScfCycle> last_scf(const std::string& log_text);
-
 // One frame of the optimisation path: energy [eV] and positions [Å].
 struct PathFrame {
   double energy = 0.0;

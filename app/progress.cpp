@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "host_job.h"
+#include "run_log.h"
 
 #if !defined(_WIN32)
 #include <signal.h>
@@ -175,28 +175,18 @@ std::vector<std::string> FollowedFile::new_lines() {
   return lines;
 }
 
-// "    2    0    7      -2039.921801331     (    0.00000,   0.00000,  -0.35490 )
-//  0.000119512       0.001199084": point, stage, cycle, energy [eV], dipole,
-// RMS density change, |FPS-SPF|.
 bool read_log_line(const std::string& line, ProgressState& state) {
-  std::istringstream in(line);
-  int point = 0, stage = 0, cycle = 0;
-  double energy = 0.0;
-  if (!(in >> point >> stage >> cycle >> energy)) return false;
-  const std::size_t close = line.find(')');
-  if (close == std::string::npos) return false;
-  std::istringstream tail(line.substr(close + 1));
-  double rms = 0.0;
-  if (!(tail >> rms)) return false;
-  state.has_change =
-      state.scf && point == state.point && stage == state.stage && cycle == state.cycle + 1;
-  if (state.has_change) state.energy_change = energy - state.energy;
+  const std::optional<ScfCycle> c = read_scf_cycle(line);
+  if (!c) return false;
+  state.has_change = state.scf && c->point == state.point && c->stage == state.stage &&
+                     c->cycle == state.cycle + 1;
+  if (state.has_change) state.energy_change = c->energy - state.energy;
   state.scf = true;
-  state.point = point;
-  state.stage = stage;
-  state.cycle = cycle;
-  state.energy = energy;
-  state.rms_density_change = rms;
+  state.point = c->point;
+  state.stage = c->stage;
+  state.cycle = c->cycle;
+  state.energy = c->energy;
+  state.rms_density_change = c->rmsd;
   return true;
 }
 
