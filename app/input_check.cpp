@@ -981,7 +981,8 @@ std::vector<ClosePair> close_pairs(const std::vector<Position>& positions, std::
   return pairs;
 }
 
-std::string input_file_problem(const std::string& path, const std::string& what) {
+std::string input_file_problem(const std::string& path, const std::string& what,
+                               std::uintmax_t limit, const std::string& limit_holder) {
   std::error_code ec;
   const fs::file_status status = fs::status(path, ec);
   if (ec || !fs::exists(status)) return "cannot find " + what + " '" + path + "'";
@@ -990,9 +991,9 @@ std::string input_file_problem(const std::string& path, const std::string& what)
     return what + " '" + path + "' is not a regular file (a device or a pipe); name a file";
   }
   const std::uintmax_t size = fs::file_size(path, ec);
-  if (!ec && size > kMaxInputBytes) {
+  if (!ec && size > limit) {
     return what + " '" + path + "' holds " + std::to_string(size) + " bytes, more than the " +
-           std::to_string(kMaxInputBytes >> 20) + " MiB an input file may hold";
+           std::to_string(limit >> 20) + " MiB " + limit_holder;
   }
   std::ifstream in(path, std::ios::binary);
   if (!in) return "cannot read " + what + " '" + path + "'";

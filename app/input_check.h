@@ -70,9 +70,12 @@ using Position = std::array<double, 3>;  // x y z [angstrom], finite
 // the order of their second atom; linear in the atom count.
 std::vector<ClosePair> close_pairs(const std::vector<Position>& positions, std::size_t most);
 
-// Checks that `path` names a regular file of at most kMaxInputBytes that can be
-// read; `what` ("molecule file") starts the message.  Returns "" or the problem.
-std::string input_file_problem(const std::string& path, const std::string& what);
+// Checks that `path` names a regular file of at most `limit` bytes that can be
+// read; `what` ("molecule file") starts the message, `limit_holder` ends the one
+// of a file too large.  Returns "" or the problem.
+std::string input_file_problem(const std::string& path, const std::string& what,
+                               std::uintmax_t limit = kMaxInputBytes,
+                               const std::string& limit_holder = "an input file may hold");
 
 // Reads the molecule file and the parameter file ("" for the built-in settings)
 // the way the library will, and appends every problem found to `problems`, one

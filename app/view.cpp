@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string_view>
 
+#include "input_check.h"
 #include "json_reader.h"
 #include "norvik/common.h"
 #include "output_files.h"
@@ -31,22 +32,13 @@ std::string_view asset(std::string_view name) {
 // Reads a whole regular file of at most `limit` bytes into `text`; "" or the problem.
 std::string read_file(const fs::path& path, const std::string& what, std::uintmax_t limit,
                       std::string& text) {
+  if (std::string problem =
+          input_file_problem(path.string(), "the " + what, limit, "the page takes");
+      !problem.empty()) {
+    return problem;
+  }
   std::error_code ec;
-  const fs::file_status status = fs::status(path, ec);
-  // Appended piece by piece: GCC 12 warns falsely (-Wrestrict) on "'" + a + "'".
-  std::string name(1, '\'');
-  name += path.string();
-  name += '\'';
-  if (ec || !fs::exists(status)) return "cannot find the " + what + " " + name;
-  if (fs::is_directory(status)) return "the " + what + " " + name + " is a folder; name a file";
-  if (!fs::is_regular_file(status)) {
-    return "the " + what + " " + name + " is not a regular file (a device or a pipe); name a file";
-  }
   const std::uintmax_t size = fs::file_size(path, ec);
-  if (!ec && size > limit) {
-    return "the " + what + " " + name + " holds " + std::to_string(size) +
-           " bytes, more than the " + std::to_string(limit >> 20) + " MiB the page takes";
-  }
   std::ifstream in(path, std::ios::binary);
   std::ostringstream all;
   if (!in || !(all << in.rdbuf())) {
@@ -55,7 +47,9 @@ std::string read_file(const fs::path& path, const std::string& what, std::uintma
       text.clear();
       return "";
     }
-    return "cannot read the " + what + " " + name;
+    std::string problem = "cannot read the " + what + " '";
+    problem += path.string();
+    return problem + "'";
   }
   text = std::move(all).str();
   return "";
